@@ -1,0 +1,10 @@
+# The one source of the names under which the desktop and the network know the application. The
+# information file, the desktop entry, the bus service, the metainfo and the manual are filled from
+# here.
+set(VENDRIL_NAME "Vendril")
+set(VENDRIL_BUNDLE_IDENTIFIER "com.brelto.Vendril")
+string(TOLOWER "${VENDRIL_BUNDLE_IDENTIFIER}" VENDRIL_DESKTOP_ID)
+set(VENDRIL_SHORT_VERSION "${PROJECT_VERSION}")
+set(VENDRIL_BUILD_NUMBER 1)
+set(VENDRIL_BUNDLE_VERSION "${PROJECT_VERSION}.${VENDRIL_BUILD_NUMBER}")
+set(VENDRIL_SCHEMES vendril mervale)

@@ -1,0 +1,11 @@
+#include "platform/Bundle.h"
+
+namespace vendril {
+
+std::optional<std::string> Bundle::infoString(std::string_view key) const {
+  const std::optional<PropertyList> value = objectForInfoDictionaryKey(key);
+  const std::string* text = value ? value->get<std::string>() : nullptr;
+  return text != nullptr ? std::optional(*text) : std::nullopt;
+}
+
+}  // namespace vendril

@@ -1,0 +1,94 @@
+#include "platform/Date.h"
+
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+
+#include <array>
+#include <ctime>
+
+namespace vendril {
+namespace {
+
+struct BrokenDownDate {
+  std::tm fields;
+  int milliseconds;
+};
+
+using Seconds = std::chrono::seconds;
+using Milliseconds = std::chrono::milliseconds;
+
+std::time_t wholeSeconds(Date date) {
+  return std::chrono::system_clock::to_time_t(std::chrono::floor<Seconds>(date));
+}
+
+BrokenDownDate localDate(Date date) {
+  BrokenDownDate result{};
+  const std::time_t seconds = wholeSeconds(date);
+  localtime_r(&seconds, &result.fields);
+  const auto fraction = std::chrono::floor<Milliseconds>(date) - std::chrono::floor<Seconds>(date);
+  result.milliseconds = static_cast<int>(fraction.count());
+  return result;
+}
+
+/// The fields that a pattern may name. Appends the field's value to a text.
+struct Field {
+  std::string_view name;
+  void (*append)(std::string& out, const BrokenDownDate& date);
+};
+
+void appendNumber(std::string& out, int value, int digits) {
+  fmt::format_to(std::back_inserter(out), "{:0{}}", value, digits);
+}
+
+constexpr std::array<Field, 7> kFields{{
+    {"yyyy", [](std::string& out,
+                const BrokenDownDate& d) { appendNumber(out, d.fields.tm_year + 1900, 4); }},
+    {"MM",
+     [](std::string& out, const BrokenDownDate& d) { appendNumber(out, d.fields.tm_mon + 1, 2); }},
+    {"dd",
+     [](std::string& out, const BrokenDownDate& d) { appendNumber(out, d.fields.tm_mday, 2); }},
+    {"HH",
+     [](std::string& out, const BrokenDownDate& d) { appendNumber(out, d.fields.tm_hour, 2); }},
+    {"mm",
+     [](std::string& out, const BrokenDownDate& d) { appendNumber(out, d.fields.tm_min, 2); }},
+    {"ss",
+     [](std::string& out, const BrokenDownDate& d) { appendNumber(out, d.fields.tm_sec, 2); }},
+    {"SSS",
+     [](std::string& out, const BrokenDownDate& d) { appendNumber(out, d.milliseconds, 3); }},
+}};
+
+const Field* fieldAt(std::string_view pattern) {
+  for (const Field& field : kFields) {
+    if (pattern.starts_with(field.name)) {
+      return &field;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+std::string description(Date date) {
+  const std::time_t seconds = wholeSeconds(date);
+  std::tm fields{};
+  gmtime_r(&seconds, &fields);
+  return fmt::format("{:%Y-%m-%d %H:%M:%S} +0000", fields);
+}
+
+std::string DateFormatter::stringFromDate(Date date) const {
+  const BrokenDownDate brokenDown = localDate(date);
+  std::string out;
+  std::string_view rest = pattern_;
+  while (!rest.empty()) {
+    if (const Field* field = fieldAt(rest)) {
+      field->append(out, brokenDown);
+      rest.remove_prefix(field->name.size());
+    } else {
+      out += rest.front();
+      rest.remove_prefix(1);
+    }
+  }
+  return out;
+}
+
+}  // namespace vendril
