@@ -52,9 +52,9 @@ void ZQN5VendrilAppDelegate::sendRequest(const std::optional<std::string>& porta
   logger_->log("[%@] Sending POST request %@ to: %@%s", kClassName, identifier, *portalURI, "");
   Host::current().urlConnection().sendAsynchronousRequest(
       std::move(request), operationQueue_,
-      [identifier, weakDelegate = weak_from_this()](std::optional<UrlResponse> response,
-                                                    std::optional<std::string> responseData,
-                                                    std::optional<UrlError> error) {
+      [identifier, weakDelegate = weak_from_this()](const std::optional<UrlResponse>& response,
+                                                    const std::optional<std::string>& responseData,
+                                                    const std::optional<UrlError>& error) {
         if (const auto delegate = weakDelegate.lock()) {
           delegate->logOutcome(identifier, response, responseData, error);
         }

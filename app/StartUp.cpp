@@ -18,11 +18,12 @@ void ZQN5VendrilAppDelegate::applicationWillFinishLaunching() {
   searchForBreltoOrvanta_ = true;
 
   ZQN5ProtocolHandler& handler = protocolHandler();
-  handler.setEventBlock([weakDelegate = weak_from_this()](const Url& link, std::optional<Date> /*arrival*/) {
-    if (const auto delegate = weakDelegate.lock()) {
-      delegate->process(link);
-    }
-  });
+  handler.setEventBlock(
+      [weakDelegate = weak_from_this()](const Url& link, std::optional<Date> /*arrival*/) {
+        if (const auto delegate = weakDelegate.lock()) {
+          delegate->process(link);
+        }
+      });
   handler.setLoggerBlock(plainLoggerBlock());
 }
 
