@@ -117,7 +117,10 @@ std::optional<std::string> Url::fileSystemPath() const {
     }
     rest.remove_prefix(host.size());
   }
-  return rest.starts_with('/') ? removePercentEncoding(rest) : std::nullopt;
+  std::optional<std::string> path =
+      rest.starts_with('/') ? removePercentEncoding(rest) : std::nullopt;
+  // The system would take a NUL for the end of the path and go to another file.
+  return path && path->find('\0') == std::string::npos ? path : std::nullopt;
 }
 
 bool hasScheme(std::string_view text, std::string_view scheme) {

@@ -23,7 +23,8 @@ class Url {
   /// The part before the first colon, as written; empty when the text has no scheme.
   std::string_view scheme() const;
 
-  /// The decoded path of a file URL without a foreign host; nothing for any other URL.
+  /// The decoded path of a file URL without a foreign host; nothing for any other URL, nor when the
+  /// path does not decode or holds a NUL.
   std::optional<std::string> fileSystemPath() const;
 
   friend bool operator==(const Url&, const Url&) = default;
