@@ -92,7 +92,7 @@ bool ZQN5ProtocolHandler::unregisterFromURLScheme(const std::string& scheme) con
     return true;
   }
   const auto handlers = launchServices().copyAllHandlersForURLScheme(scheme);
-  if (!handlers || !registerOtherHandler(scheme, *handlers)) {
+  if (!handlers || !registerOneOfOthers(scheme, *handlers)) {
     logTo(loggerBlock_, "Failed to unregister from '%@' scheme", scheme);
     return false;
   }
@@ -100,24 +100,25 @@ bool ZQN5ProtocolHandler::unregisterFromURLScheme(const std::string& scheme) con
   return true;
 }
 
-bool ZQN5ProtocolHandler::registerOtherHandler(const std::string& scheme,
-                                               const std::vector<std::string>& handlers) const {
-  const std::string ownIdentifier = bundleIdentifier();
+bool ZQN5ProtocolHandler::registerOneOfOthers(const std::string& scheme,
+                                              const std::vector<std::string>& handlers) const {
   // Unlike `isRegisteredForURLScheme`, the walk minds the case of our own identifier.
-  for (auto handler = handlers.rbegin(); handler != handlers.rend(); ++handler) {
-    if (*handler == ownIdentifier) {
-      continue;
-    }
-    if (launchServices().setDefaultHandlerForURLScheme(scheme, *handler) ==
-        LaunchServices::kSuccess) {
-      logTo(loggerBlock_, "Successfully registered '%@' as new default handler for '%@' scheme",
-            *handler, scheme);
-      return true;
-    }
-    logTo(loggerBlock_, "Failed to register '%@' as new default handler for '%@' scheme", *handler,
+  return std::any_of(handlers.rbegin(), handlers.rend(),
+                     [&, ownIdentifier = bundleIdentifier()](const std::string& handler) {
+                       return handler != ownIdentifier && registerOther(scheme, handler);
+                     });
+}
+
+bool ZQN5ProtocolHandler::registerOther(const std::string& scheme,
+                                        const std::string& handler) const {
+  if (launchServices().setDefaultHandlerForURLScheme(scheme, handler) != LaunchServices::kSuccess) {
+    logTo(loggerBlock_, "Failed to register '%@' as new default handler for '%@' scheme", handler,
           scheme);
+    return false;
   }
-  return false;
+  logTo(loggerBlock_, "Successfully registered '%@' as new default handler for '%@' scheme",
+        handler, scheme);
+  return true;
 }
 
 bool ZQN5ProtocolHandler::isRegisteredForURLScheme(const std::string& scheme) const {

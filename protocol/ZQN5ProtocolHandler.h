@@ -107,8 +107,9 @@ class ZQN5ProtocolHandler {
   void saveToBuffer(const Url& url);
   void replayBuffer();
   void executeEventBlock(const Url& url, std::optional<Date> date) const;
-  bool registerOtherHandler(const std::string& scheme,
-                            const std::vector<std::string>& handlers) const;
+  bool registerOneOfOthers(const std::string& scheme,
+                           const std::vector<std::string>& handlers) const;
+  bool registerOther(const std::string& scheme, const std::string& handler) const;
 
   bool paused_ = true;
   BufferBlock bufferBlock_;
