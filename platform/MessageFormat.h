@@ -20,27 +20,23 @@ namespace vendril {
 /// given by reference, so it lives no longer than the call that it is made for.
 class MessageArgument {
  public:
-  MessageArgument(std::string_view text) : value_(text) {}  // NOLINT(google-explicit-constructor)
-  MessageArgument(const std::string& text)
-      : value_(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
-  MessageArgument(const char* text)
-      : value_(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
-  MessageArgument(const Url& url)
-      : value_(std::string_view(url.absoluteString())) {}    // NOLINT(google-explicit-constructor)
-  MessageArgument(Date date) : value_(description(date)) {}  // NOLINT(google-explicit-constructor)
-  MessageArgument(const PropertyList& value)
-      : value_(description(value)) {}  // NOLINT(google-explicit-constructor)
-  MessageArgument(const PropertyList::Dictionary& value)
-      : value_(description(value)) {}  // NOLINT(google-explicit-constructor)
+  // NOLINTBEGIN(google-explicit-constructor): arguments are written as they are.
+  MessageArgument(std::string_view text) : value_(text) {}
+  MessageArgument(const std::string& text) : value_(std::string_view(text)) {}
+  MessageArgument(const char* text) : value_(std::string_view(text)) {}
+  MessageArgument(const Url& url) : value_(std::string_view(url.absoluteString())) {}
+  MessageArgument(Date date) : value_(description(date)) {}
+  MessageArgument(const PropertyList& value) : value_(description(value)) {}
+  MessageArgument(const PropertyList::Dictionary& value) : value_(description(value)) {}
 
   /// An absent object prints as "(null)".
   template <class T>
-  requires(!std::integral<T>)
-      MessageArgument(const std::optional<T>& object)  // NOLINT(google-explicit-constructor)
+  requires(!std::integral<T>) MessageArgument(const std::optional<T>& object)
       : MessageArgument(object ? MessageArgument(*object) : MessageArgument("(null)")) {}
 
   template <std::integral T>
-  MessageArgument(T number) : value_(wide(number)) {}  // NOLINT(google-explicit-constructor)
+  MessageArgument(T number) : value_(wide(number)) {}
+  // NOLINTEND(google-explicit-constructor)
 
   template <class T>
   static constexpr bool isNumber = std::integral<std::remove_cvref_t<T>>;
@@ -114,14 +110,14 @@ class MessageFormatScanner {
 template <class... Args>
 class BasicMessageFormat {
  public:
-  consteval BasicMessageFormat(const char* text)
-      : text_(text) {  // NOLINT(google-explicit-constructor)
+  // NOLINTBEGIN(google-explicit-constructor): formats are written as literals.
+  consteval BasicMessageFormat(const char* text) : text_(text) {
     if (text != nullptr) {
       check(text);
     }
   }
-  consteval BasicMessageFormat(std::nullptr_t)
-      : text_(nullptr) {}  // NOLINT(google-explicit-constructor)
+  consteval BasicMessageFormat(std::nullptr_t) : text_(nullptr) {}
+  // NOLINTEND(google-explicit-constructor)
 
   constexpr const char* text() const { return text_; }
 

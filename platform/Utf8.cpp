@@ -2,6 +2,8 @@
 
 #include <glib.h>
 
+#include <algorithm>
+
 namespace vendril {
 
 bool isValidUtf8(std::string_view bytes) {
@@ -16,6 +18,13 @@ bool isValidUtf8(std::string_view bytes) {
     }
     bytes.remove_prefix(stretch.size() + 1);
   }
+}
+
+std::size_t characterCount(std::string_view text) {
+  const auto beginsCharacter = [](char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
+  };
+  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), beginsCharacter));
 }
 
 }  // namespace vendril

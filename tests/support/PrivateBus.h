@@ -20,6 +20,9 @@ class PrivateBus {
 
   const std::string& address() const { return address_; }
 
+  /// The bus itself; its standard error is that of the services which it starts too.
+  ChildProcess& daemon() { return *daemon_; }
+
   /// Makes the bus start `command` for whoever sends a message to `name`.
   void addService(const std::string& name, const std::string& command) const;
 

@@ -1,0 +1,52 @@
+#include "platform/FileSystem.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace vendril {
+namespace {
+
+/// The system takes a NUL for the end of a path and would go to a file with a shorter name.
+bool holdsNul(const std::string& path) {
+  return path.find('\0') != std::string::npos;
+}
+
+}  // namespace
+
+FileKind fileKindAt(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(path, error);
+  if (holdsNul(path) || !std::filesystem::exists(status)) {
+    return FileKind::missing;
+  }
+  return std::filesystem::is_directory(status) ? FileKind::folder : FileKind::other;
+}
+
+std::error_code createFolder(const std::string& path) {
+  if (holdsNul(path)) {
+    return std::make_error_code(std::errc::invalid_argument);
+  }
+  std::error_code error;
+  std::filesystem::create_directories(path, error);
+  return error;
+}
+
+std::error_code removeFileAt(const std::string& path) {
+  if (holdsNul(path)) {
+    return std::make_error_code(std::errc::invalid_argument);
+  }
+  std::error_code error;
+  std::filesystem::remove(path, error);
+  return error;
+}
+
+std::string appendPathComponent(std::string_view path, std::string_view component) {
+  std::string result(path.substr(0, path.find_last_not_of('/') + 1));
+  if (!path.empty()) {
+    result += '/';
+  }
+  component.remove_prefix(std::min(component.find_first_not_of('/'), component.size()));
+  return result.append(component);
+}
+
+}  // namespace vendril

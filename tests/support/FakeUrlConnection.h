@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/UrlConnection.h"
+
+namespace vendril {
+
+/// Keeps every request until the test answers it.
+class FakeUrlConnection : public UrlConnection {
+ public:
+  struct Pending {
+    UrlRequest request;
+    std::shared_ptr<OperationQueue> queue;
+    CompletionHandler handler;
+  };
+
+  std::vector<Pending> requests;
+
+  void sendAsynchronousRequest(UrlRequest request, std::shared_ptr<OperationQueue> queue,
+                               CompletionHandler handler) override {
+    requests.push_back({std::move(request), std::move(queue), std::move(handler)});
+  }
+
+  /// Answers the request number `index` on its queue.
+  void complete(std::size_t index, std::optional<UrlResponse> response,
+                std::optional<std::string> data, std::optional<UrlError> error) {
+    requests.at(index).queue->addOperation(
+        [handler = requests.at(index).handler, response = std::move(response),
+         data = std::move(data), error = std::move(error)] { handler(response, data, error); });
+  }
+};
+
+}  // namespace vendril
