@@ -76,7 +76,7 @@ std::vector<std::string> DesktopApplication::linksAmong(int argc, char** argv) c
   if (argc < 2) {
     return links;
   }
-  const std::vector<std::string> schemes = schemes_();
+  const std::set<std::string> schemes = schemes_();
   std::copy_if(argv + 1, argv + argc, std::back_inserter(links), [&](const char* argument) {
     return std::any_of(schemes.begin(), schemes.end(), [argument](const std::string& scheme) {
       return hasScheme(argument, scheme);

@@ -3,6 +3,7 @@
 #include <gio/gio.h>
 
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -20,7 +21,7 @@ namespace vendril {
 class DesktopApplication : public Application {
  public:
   /// The URL schemes of the application's bundle. Asked only when there are arguments.
-  using Schemes = std::function<std::vector<std::string>()>;
+  using Schemes = std::function<std::set<std::string>()>;
 
   /// `log` and `events` outlive the application. `busName` is also what its object path is derived
   /// from.

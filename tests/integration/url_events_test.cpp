@@ -5,20 +5,14 @@
 #include <string>
 #include <vector>
 
-#include "platform/SystemLog.h"
 #include "platform/freedesktop/DesktopUrlEvents.h"
+#include "support/FakeSystemLog.h"
 
 namespace vendril {
 namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
-
-class RememberingLog : public SystemLog {
- public:
-  void write(std::string_view message) noexcept override { messages.emplace_back(message); }
-  std::vector<std::string> messages;
-};
 
 class UrlEventsTest : public testing::Test {
  protected:
@@ -30,7 +24,7 @@ class UrlEventsTest : public testing::Test {
     return [this](const UrlEvent& event, UrlEvent&) { links_.push_back(*event.directObject); };
   }
 
-  RememberingLog log_;
+  FakeSystemLog log_;
   DesktopUrlEvents events_{log_};
   std::vector<std::string> links_;
 };
@@ -46,7 +40,7 @@ TEST_F(UrlEventsTest, LeavesTheOtherHandlerAlone) {
   events_.setEventHandler(rememberer(), UrlEvents::kWebEventClass, UrlEvents::kOpenUrlEventId);
   events_.deliver("s:x");
   EXPECT_TRUE(links_.empty());
-  EXPECT_THAT(log_.messages, ElementsAre("Nothing handles links"));
+  EXPECT_THAT(log_.messages(), ElementsAre("Nothing handles links"));
 }
 
 TEST_F(UrlEventsTest, RecordsWhatAHandlerThrowsAndGoesOn) {
@@ -54,8 +48,8 @@ TEST_F(UrlEventsTest, RecordsWhatAHandlerThrowsAndGoesOn) {
   events_.deliver("s:x");
   handleWith([](const UrlEvent&, UrlEvent&) { throw 1; });
   events_.deliver("s:x");
-  EXPECT_EQ(log_.messages.size(), 3U);
-  EXPECT_THAT(log_.messages, Contains("broken"));
+  EXPECT_EQ(log_.messages().size(), 3U);
+  EXPECT_THAT(log_.messages(), Contains("broken"));
 }
 
 TEST_F(UrlEventsTest, HandlerMaySetItsSuccessorWhileItRuns) {

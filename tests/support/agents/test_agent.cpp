@@ -10,6 +10,7 @@
 
 #include <cstdlib>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 
@@ -96,7 +97,7 @@ int main(int argc, char** argv) {
   vendril::JournalSystemLog log;
   vendril::DesktopUrlEvents events(log);
   vendril::DesktopApplication application(log, events, "com.example.testagent", [] {
-    return std::vector<std::string>{"t", "tt"};
+    return std::set<std::string>{"t", "tt"};
   });
   vendril::RecordingDelegate delegate(application, events);
   return application.main(argc, argv, delegate);
