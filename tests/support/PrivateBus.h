@@ -26,6 +26,9 @@ class PrivateBus {
   /// Makes the bus start `command` for whoever sends a message to `name`.
   void addService(const std::string& name, const std::string& command) const;
 
+  /// Sends a signal to the bus.
+  void signal(int number) const { daemon_->signal(number); }
+
   /// Ends the bus as the end of a session would; every connection to it breaks.
   void stop();
 
