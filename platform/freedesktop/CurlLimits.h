@@ -23,9 +23,9 @@ struct CurlLimits {
   /// How long a request waits to learn its proxy before it goes without one.
   std::chrono::milliseconds proxyLookupTime{10000};
   /// For tests: no transfer takes longer than this, whatever its request says.
-  std::optional<std::chrono::milliseconds> timeoutCap;
+  std::optional<std::chrono::milliseconds> timeoutCap{};
   /// For tests: the certificates to trust instead of the system's.
-  std::optional<std::string> certificateAuthorityFile;
+  std::optional<std::string> certificateAuthorityFile{};
 };
 
 }  // namespace vendril
