@@ -5,6 +5,7 @@
 
 #include <condition_variable>
 #include <deque>
+#include <filesystem>
 #include <limits>
 #include <mutex>
 #include <set>
@@ -19,8 +20,7 @@ namespace {
 constexpr const char* kAddress = "127.0.0.1";
 /// Enough for every client of a test to connect at the same moment.
 constexpr int kBacklog = 1024;
-/// A closing server waits this long for connections that are kept open; httplib's unit.
-constexpr time_t kKeepAliveSeconds = 1;
+constexpr time_t kKeepAliveSeconds = 5;
 
 /// A thread for each connection, so that many requests can be left waiting at once.
 class ThreadPerConnection : public httplib::TaskQueue {
@@ -58,6 +58,29 @@ std::map<std::string, std::string> decodedForm(std::string_view body) {
   return fields;
 }
 
+/// The local port of a connected IPv4 socket; 0 for any other descriptor.
+int portOfConnection(int descriptor) {
+  sockaddr_in address{};
+  socklen_t size = sizeof address;
+  auto* const generic = reinterpret_cast<sockaddr*>(&address);
+  if (getpeername(descriptor, generic, &size) != 0) {
+    return 0;
+  }
+  size = sizeof address;
+  getsockname(descriptor, generic, &size);
+  return ntohs(address.sin_port);
+}
+
+/// httplib waits for clients that keep their connections open and has no way to turn them out.
+void breakOffConnectionsTo(int port) {
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    const int descriptor = std::stoi(entry.path().filename().string());
+    if (portOfConnection(descriptor) == port) {
+      ::shutdown(descriptor, SHUT_RDWR);
+    }
+  }
+}
+
 std::unique_ptr<httplib::Server> makeServer(const TestCertificate* certificate) {
   if (certificate == nullptr) {
     return std::make_unique<httplib::Server>();
@@ -92,6 +115,7 @@ class TestPortal::Server {
     }
     changed_.notify_all();
     http_->stop();
+    breakOffConnectionsTo(port_);
   }
 
   int port() const { return port_; }

@@ -34,9 +34,9 @@ class TestPortal {
 
   struct Answer {
     int status = 200;
-    std::string body;
+    std::string body{};
     std::string contentType = "text/plain";
-    std::multimap<std::string, std::string> headers;
+    std::multimap<std::string, std::string> headers{};
     /// How long the request is left waiting.
     std::chrono::milliseconds delay{0};
   };
@@ -51,8 +51,7 @@ class TestPortal {
   explicit TestPortal(const TestCertificate& certificate);
   TestPortal(const TestPortal&) = delete;
   TestPortal& operator=(const TestPortal&) = delete;
-  /// Breaks off delayed answers and returns when the server has ended; that takes up to a second
-  /// when a client keeps a connection open.
+  /// Ends delays, breaks off connections and returns when the server has ended.
   ~TestPortal();
 
   int port() const { return port_; }
