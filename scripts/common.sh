@@ -42,3 +42,23 @@ wait_until() {
     sleep 0.05
   done
 }
+
+# Installs the release build into the directory $1.
+install_release() {
+  build_preset release
+  heading "Installing into $1"
+  cmake --install build/release --prefix "$1" >/dev/null
+}
+
+# Makes the directory $1 the home of all that is started from here on, with the desktop's files of
+# the prefix $2 in view and nothing of the user's own session.
+enter_private_home() {
+  export HOME=$1 XDG_CONFIG_HOME=$1/.config XDG_DATA_HOME=$1/.local/share
+  export XDG_CACHE_HOME=$1/.cache XDG_STATE_HOME=$1/.local/state XDG_RUNTIME_DIR=$1/run
+  export XDG_DATA_DIRS=$2/share:/usr/local/share:/usr/share XDG_CONFIG_DIRS=/etc/xdg
+  unset DBUS_SESSION_BUS_ADDRESS DBUS_STARTER_ADDRESS DISPLAY WAYLAND_DISPLAY XDG_CURRENT_DESKTOP
+  unset http_proxy https_proxy all_proxy HTTP_PROXY HTTPS_PROXY ALL_PROXY
+  mkdir -p "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_CACHE_HOME" "$XDG_STATE_HOME"
+  mkdir -p "$XDG_RUNTIME_DIR"
+  chmod 0700 "$XDG_RUNTIME_DIR"
+}
