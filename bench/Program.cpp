@@ -1,12 +1,12 @@
 #include "bench/Program.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -97,6 +97,7 @@ void PrivateBus::waitForOwner(const std::string& busName, bool owned) {
 
 Program::Program(const std::vector<std::string>& commandLine) {
   std::vector<char*> arguments;
+  arguments.reserve(commandLine.size() + 1);
   for (const std::string& argument : commandLine) {
     arguments.push_back(const_cast<char*>(argument.c_str()));
   }

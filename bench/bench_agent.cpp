@@ -2,7 +2,6 @@
 // machine does falls on both alike. Ends with 1 when a bound is broken.
 
 #include <fmt/format.h>
-#include <stdlib.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -13,6 +12,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "bench/Program.h"
@@ -87,8 +87,8 @@ class Report {
 
 class Benchmark {
  public:
-  explicit Benchmark(const Options& options)
-      : options_(options),
+  explicit Benchmark(Options options)
+      : options_(std::move(options)),
         link_(fmt::format("vendril://join?portalURI=http://127.0.0.1:{}/meeting?session_id=7",
                           portal_.port())) {}
 
