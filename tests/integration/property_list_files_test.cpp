@@ -5,6 +5,7 @@
 #include <chrono>
 #include <clocale>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 
 #include "platform/freedesktop/PlistFiles.h"
@@ -235,14 +236,22 @@ TEST_F(PropertyListFilesOnDisk, WritesANumberThatIsNone) {
   EXPECT_TRUE(number != nullptr && std::isnan(*number));
 }
 
-TEST_F(PropertyListFilesOnDisk, ReadsRealsAlikeInEveryLocale) {
-  if (std::setlocale(LC_NUMERIC, "de_DE.UTF-8") == nullptr) {
-    GTEST_SKIP() << "no locale with a decimal comma is installed";
+TEST_F(PropertyListFilesOnDisk, ReadsRealsAlikeInALocaleWithADecimalComma) {
+  const std::string locale = directory_.file("de_DE.UTF-8");
+  const std::string compile = "localedef --no-archive -i de_DE -f UTF-8 " + locale;
+  if (std::system((compile + " >/dev/null 2>&1").c_str()) != 0) {
+    GTEST_SKIP() << "the sources of the locale are not installed";
   }
-  ASSERT_TRUE(write({{"k", 1.5}}));
+  setenv("LOCPATH", directory_.path().c_str(), 1);
+  ASSERT_NE(std::setlocale(LC_NUMERIC, "de_DE.UTF-8"), nullptr);
+  const bool written = write({{"k", 1.5}});
   const std::optional<Dictionary> root = read();
+  const std::string ownPoint = std::localeconv()->decimal_point;
   std::setlocale(LC_NUMERIC, "C");
+  unsetenv("LOCPATH");
+  EXPECT_TRUE(written);
   EXPECT_EQ(root, (Dictionary{{"k", 1.5}}));
+  EXPECT_EQ(ownPoint, ",");
 }
 
 TEST_F(PropertyListFilesOnDisk, KeepsTheOldFileWhenTheNewOneCouldNotBeReadAgain) {
