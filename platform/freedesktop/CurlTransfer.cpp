@@ -143,7 +143,9 @@ bool CurlTransfer::makeHeaderList() {
   std::vector<std::string> lines{"Expect:"};
   for (const auto& [name, value] : request_.headerFields) {
     // libcurl drops a header without a value unless it ends in a semicolon.
-    lines.push_back(value.empty() ? name + ";" : name + ": " + value);
+    std::string line = name;
+    line.append(value.empty() ? ";" : ": ").append(value);
+    lines.push_back(std::move(line));
   }
   headers_.reset();
   for (const std::string& line : lines) {

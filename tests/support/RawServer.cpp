@@ -66,7 +66,7 @@ std::string RawServer::Connection::readRequest() {
   }
 }
 
-bool RawServer::Connection::write(std::string_view bytes) {
+bool RawServer::Connection::write(std::string_view bytes) const {
   while (!bytes.empty()) {
     const ssize_t count = send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
     if (count <= 0) {
@@ -77,13 +77,13 @@ bool RawServer::Connection::write(std::string_view bytes) {
   return true;
 }
 
-void RawServer::Connection::waitForClose() {
+void RawServer::Connection::waitForClose() const {
   std::array<char, 4096> buffer{};
   while (recv(socket_, buffer.data(), buffer.size(), 0) > 0) {
   }
 }
 
-void RawServer::Connection::resetOnClose() {
+void RawServer::Connection::resetOnClose() const {
   const linger atOnce{1, 0};
   setsockopt(socket_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
 }

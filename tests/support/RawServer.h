@@ -24,11 +24,11 @@ class RawServer {
     /// Reads one request with its body; empty when the client has gone.
     std::string readRequest();
     /// False when the client has gone.
-    bool write(std::string_view bytes);
+    bool write(std::string_view bytes) const;
     /// Returns when the client has gone or the server ends.
-    void waitForClose();
+    void waitForClose() const;
     /// Makes the close that follows a reset.
-    void resetOnClose();
+    void resetOnClose() const;
 
    private:
     int socket_;
