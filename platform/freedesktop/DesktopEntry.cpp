@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "platform/freedesktop/BoundedFile.h"
 #include "platform/freedesktop/DesktopExec.h"
 
@@ -10,6 +12,32 @@ namespace {
 
 /// Far above any entry with all its translations.
 constexpr std::size_t kLargestEntry = std::size_t{1} << 20U;
+
+/// The language in a line such as "Name[de]=..."; nothing when it has none.
+std::string_view languageOf(std::string_view line) {
+  const std::size_t end = line.find("]=");
+  const std::size_t begin = line.find('[');
+  return end != line.npos && begin != line.npos && begin > 0 && line.find('=') == end + 1
+             ? line.substr(begin + 1, end - begin - 1)
+             : std::string_view();
+}
+
+/// `text` without the translations into languages that the user does not read. GKeyFile leaves them
+/// out as well, but only after it has taken them apart: an entry may have hundreds of them.
+std::string withoutForeignTranslations(std::string_view text) {
+  const gchar* const* languages = g_get_language_names();
+  std::string result;
+  result.reserve(text.size());
+  while (!text.empty()) {
+    const std::string_view line = text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
+    const std::string language(languageOf(line));
+    if (language.empty() || g_strv_contains(languages, language.c_str()) != FALSE) {
+      result += line;
+    }
+    text.remove_prefix(line.size());
+  }
+  return result;
+}
 
 std::optional<std::string> take(gchar* text) {
   const GCharPtr owner(text);
@@ -27,7 +55,8 @@ std::optional<std::string> DesktopEntry::readText(const std::string& path) {
   return readBoundedFile(path, kLargestEntry);
 }
 
-std::optional<DesktopEntry> DesktopEntry::parse(const std::string& text) {
+std::optional<DesktopEntry> DesktopEntry::parse(const std::string& bytes) {
+  const std::string text = withoutForeignTranslations(bytes);
   GKeyFilePtr file(g_key_file_new());
   if (g_key_file_load_from_data(file.get(), text.data(), text.size(), G_KEY_FILE_NONE, nullptr) ==
           FALSE ||
@@ -51,11 +80,13 @@ std::optional<std::string> DesktopEntry::name() const {
 }
 
 std::optional<std::string> DesktopEntry::string(const char* key) const {
-  return take(g_key_file_get_string(file_.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr));
+  return has(key) ? take(g_key_file_get_string(file_.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr))
+                  : std::nullopt;
 }
 
 bool DesktopEntry::boolean(const char* key) const {
-  return g_key_file_get_boolean(file_.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr) != FALSE;
+  return has(key) &&
+         g_key_file_get_boolean(file_.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr) != FALSE;
 }
 
 DesktopEntry::Program DesktopEntry::program() const {
@@ -77,6 +108,10 @@ DesktopEntry::Program DesktopEntry::program() const {
 bool DesktopEntry::isInstalledApplication() const {
   const bool namesProgram = !string(G_KEY_FILE_DESKTOP_KEY_EXEC).value_or("").empty();
   return isApplication() && (namesProgram ? program().path.has_value() : !tryExecError());
+}
+
+bool DesktopEntry::has(const char* key) const {
+  return g_key_file_has_key(file_.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr) != FALSE;
 }
 
 std::optional<std::string> DesktopEntry::tryExecError() const {

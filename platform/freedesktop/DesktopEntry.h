@@ -15,9 +15,9 @@ class DesktopEntry {
   /// The text of the file at `path`; nothing when it cannot be read, is not a regular file, or is
   /// over 1 MiB.
   static std::optional<std::string> readText(const std::string& path);
-  /// Understands the text of a file; nothing when it does not parse or does not begin with the
+  /// Understands what a file holds; nothing when it does not parse or does not begin with the
   /// group "Desktop Entry".
-  static std::optional<DesktopEntry> parse(const std::string& text);
+  static std::optional<DesktopEntry> parse(const std::string& bytes);
 
   bool isApplication() const { return string("Type") == "Application"; }
   /// True when the entry is to be treated as if it did not exist.
@@ -50,6 +50,8 @@ class DesktopEntry {
  private:
   explicit DesktopEntry(GKeyFilePtr file) : file_(std::move(file)) {}
 
+  /// Asked before each value: GKeyFile composes a translated error for one that is missing.
+  bool has(const char* key) const;
   /// The error when `TryExec` names a program that does not exist.
   std::optional<std::string> tryExecError() const;
 

@@ -13,8 +13,8 @@ namespace vendril {
 /// type "x-scheme-handler/SCHEME". A bundle identifier is a desktop file id without ".desktop".
 ///
 /// Questions are answered as a GIO that has just started would answer them, but without asking it:
-/// GIO answers from a cache that a thread of its own refreshes some time after a file has changed,
-/// and each change in the user's configuration directory wakes that thread.
+/// GIO answers from a cache that a thread of its own drops some time after a file has changed, and
+/// until then the answer may be the old one. Here each question reads the lists anew.
 class GioLaunchServices : public LaunchServices {
  public:
   explicit GioLaunchServices(const XdgPaths& paths = XdgPaths::fromEnvironment());
