@@ -91,10 +91,12 @@ GtkWidget* makeTitleBar() {
 
 }  // namespace
 
+// The role alert is the one that screen readers get as an alert; the toolkit's alert dialog reaches
+// them as a plain dialog, whose description they may leave out.
 AlertWindow::AlertWindow(const AlertText& text, Answer answer)
     : answer_(std::move(answer)),
-      window_(GTK_WINDOW(g_object_new(GTK_TYPE_WINDOW, "accessible-role",
-                                      GTK_ACCESSIBLE_ROLE_ALERT_DIALOG, nullptr))),
+      window_(GTK_WINDOW(
+          g_object_new(GTK_TYPE_WINDOW, "accessible-role", GTK_ACCESSIBLE_ROLE_ALERT, nullptr))),
       button_(makeButton(text.button)) {
   gtk_window_set_title(window_, VENDRIL_NAME);
   gtk_window_set_icon_name(window_, VENDRIL_DESKTOP_ID);

@@ -90,6 +90,10 @@ HelperProcess::~HelperProcess() {
 }
 
 bool HelperProcess::waitHandlingEvents(GCancellable* cancellable) {
+  // The wait itself would not notice what was cancelled before it began.
+  if (g_cancellable_is_cancelled(cancellable) != 0) {
+    return false;
+  }
   Wait wait;
   g_subprocess_wait_async(process_.get(), cancellable, waitIsOver, &wait);
   while (!wait.over) {

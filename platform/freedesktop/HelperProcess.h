@@ -43,7 +43,7 @@ class HelperProcess {
   ~HelperProcess();
 
   /// Handles the events of the default main context until the program has ended, and then returns
-  /// true; false when `cancellable` was cancelled before.
+  /// true; false when `cancellable` is cancelled before.
   bool waitHandlingEvents(GCancellable* cancellable);
 
   /// How the ended program failed, with the last line of its standard error; nothing when its exit
