@@ -177,6 +177,14 @@ TEST_F(UrlConnectionTest, FailsWhenNoAnswerComesInTime) {
   EXPECT_GE(std::chrono::steady_clock::now() - start, 300ms);
 }
 
+TEST_F(UrlConnectionTest, TakesNoLongerThanTheCapOfATest) {
+  connectWith({.timeoutCap = 200ms});
+  const RawServer server(RawServer::neverAnswer);
+  const Outcome outcome = fetch(server.url());
+  expectError(outcome);
+  EXPECT_THAT(outcome.errorText(), HasSubstr("timed out"));
+}
+
 TEST_F(UrlConnectionTest, TakesABodyOfExactlyOneMebibyte) {
   TestPortal portal;
   portal.answerWith({.body = std::string(kMebibyte, 'x')});
