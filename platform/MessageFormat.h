@@ -11,6 +11,7 @@
 #include <variant>
 
 #include "platform/Date.h"
+#include "platform/MessageFormatScanner.h"
 #include "platform/PropertyList.h"
 #include "platform/Url.h"
 
@@ -20,27 +21,23 @@ namespace vendril {
 /// given by reference, so it lives no longer than the call that it is made for.
 class MessageArgument {
  public:
-  MessageArgument(std::string_view text) : value_(text) {}  // NOLINT(google-explicit-constructor)
-  MessageArgument(const std::string& text)
-      : value_(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
-  MessageArgument(const char* text)
-      : value_(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
-  MessageArgument(const Url& url)
-      : value_(std::string_view(url.absoluteString())) {}    // NOLINT(google-explicit-constructor)
-  MessageArgument(Date date) : value_(description(date)) {}  // NOLINT(google-explicit-constructor)
-  MessageArgument(const PropertyList& value)
-      : value_(description(value)) {}  // NOLINT(google-explicit-constructor)
-  MessageArgument(const PropertyList::Dictionary& value)
-      : value_(description(value)) {}  // NOLINT(google-explicit-constructor)
+  // NOLINTBEGIN(google-explicit-constructor): arguments are written as they are.
+  MessageArgument(std::string_view text) : value_(text) {}
+  MessageArgument(const std::string& text) : value_(std::string_view(text)) {}
+  MessageArgument(const char* text) : value_(std::string_view(text)) {}
+  MessageArgument(const Url& url) : value_(std::string_view(url.absoluteString())) {}
+  MessageArgument(Date date) : value_(description(date)) {}
+  MessageArgument(const PropertyList& value) : value_(description(value)) {}
+  MessageArgument(const PropertyList::Dictionary& value) : value_(description(value)) {}
 
   /// An absent object prints as "(null)".
   template <class T>
-  requires(!std::integral<T>)
-      MessageArgument(const std::optional<T>& object)  // NOLINT(google-explicit-constructor)
+  requires(!std::integral<T>) MessageArgument(const std::optional<T>& object)
       : MessageArgument(object ? MessageArgument(*object) : MessageArgument("(null)")) {}
 
   template <std::integral T>
-  MessageArgument(T number) : value_(wide(number)) {}  // NOLINT(google-explicit-constructor)
+  MessageArgument(T number) : value_(wide(number)) {}
+  // NOLINTEND(google-explicit-constructor)
 
   template <class T>
   static constexpr bool isNumber = std::integral<std::remove_cvref_t<T>>;
@@ -60,68 +57,20 @@ class MessageArgument {
   std::variant<std::string_view, std::string, std::int64_t, std::uint64_t> value_;
 };
 
-/// Walks a format from placeholder to placeholder. Known are %@ and %s (an object or text), %d,
-/// %ld, %hhd, %lu and %u (an integer), and %% (a percent sign, which takes no argument).
-class MessageFormatScanner {
- public:
-  enum class Kind { text, number, percent, unknown };
-  struct Placeholder {
-    std::size_t begin;
-    std::size_t end;
-    Kind kind;
-  };
-
-  constexpr explicit MessageFormatScanner(std::string_view format) : format_(format) {}
-
-  /// The next placeholder, or nothing at the end of the format.
-  constexpr std::optional<Placeholder> next() {
-    const std::size_t begin = format_.find('%', position_);
-    if (begin == std::string_view::npos) {
-      return std::nullopt;
-    }
-    const std::string_view rest = format_.substr(begin);
-    for (const Spelling& spelling : kSpellings) {
-      if (rest.starts_with(spelling.text)) {
-        position_ = begin + spelling.text.size();
-        return Placeholder{begin, position_, spelling.kind};
-      }
-    }
-    position_ = begin + 1;
-    return Placeholder{begin, position_, Kind::unknown};
-  }
-
- private:
-  struct Spelling {
-    std::string_view text;
-    Kind kind;
-  };
-  static constexpr std::array<Spelling, 8> kSpellings{{{"%@", Kind::text},
-                                                       {"%s", Kind::text},
-                                                       {"%hhd", Kind::number},
-                                                       {"%ld", Kind::number},
-                                                       {"%lu", Kind::number},
-                                                       {"%d", Kind::number},
-                                                       {"%u", Kind::number},
-                                                       {"%%", Kind::percent}}};
-
-  std::string_view format_;
-  std::size_t position_ = 0;
-};
-
 /// A message format that is checked against its arguments when the program is compiled: as many
 /// placeholders as arguments, each of a kind that its argument can fill. Made from a literal. A
 /// null format is allowed and stands for "no message".
 template <class... Args>
 class BasicMessageFormat {
  public:
-  consteval BasicMessageFormat(const char* text)
-      : text_(text) {  // NOLINT(google-explicit-constructor)
+  // NOLINTBEGIN(google-explicit-constructor): formats are written as literals.
+  consteval BasicMessageFormat(const char* text) : text_(text) {
     if (text != nullptr) {
       check(text);
     }
   }
-  consteval BasicMessageFormat(std::nullptr_t)
-      : text_(nullptr) {}  // NOLINT(google-explicit-constructor)
+  consteval BasicMessageFormat(std::nullptr_t) : text_(nullptr) {}
+  // NOLINTEND(google-explicit-constructor)
 
   constexpr const char* text() const { return text_; }
 

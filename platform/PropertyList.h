@@ -21,22 +21,20 @@ class PropertyList {
   /// Keeps its keys in ascending byte order, the order in which a dictionary is printed.
   using Dictionary = std::map<std::string, PropertyList, std::less<>>;
 
-  PropertyList(bool value) : value_(value) {}               // NOLINT(google-explicit-constructor)
-  PropertyList(int value) : value_(std::int64_t{value}) {}  // NOLINT(google-explicit-constructor)
-  PropertyList(std::int64_t value) : value_(value) {}       // NOLINT(google-explicit-constructor)
-  PropertyList(std::uint64_t value) : value_(value) {}      // NOLINT(google-explicit-constructor)
-  PropertyList(double value) : value_(value) {}             // NOLINT(google-explicit-constructor)
-  PropertyList(const char* value)
-      : value_(std::string(value)) {}  // NOLINT(google-explicit-constructor)
-  PropertyList(std::string value)
-      : value_(std::move(value)) {}  // NOLINT(google-explicit-constructor)
-  PropertyList(std::string_view value)
-      : value_(std::string(value)) {}                      // NOLINT(google-explicit-constructor)
-  PropertyList(Date value) : value_(value) {}              // NOLINT(google-explicit-constructor)
-  PropertyList(Data value) : value_(std::move(value)) {}   // NOLINT(google-explicit-constructor)
-  PropertyList(Array value) : value_(std::move(value)) {}  // NOLINT(google-explicit-constructor)
-  PropertyList(Dictionary value)
-      : value_(std::move(value)) {}  // NOLINT(google-explicit-constructor)
+  // NOLINTBEGIN(google-explicit-constructor): a value reads as a literal wherever one is needed.
+  PropertyList(bool value) : value_(value) {}
+  PropertyList(int value) : value_(std::int64_t{value}) {}
+  PropertyList(std::int64_t value) : value_(value) {}
+  PropertyList(std::uint64_t value) : value_(value) {}
+  PropertyList(double value) : value_(value) {}
+  PropertyList(const char* value) : value_(std::string(value)) {}
+  PropertyList(std::string value) : value_(std::move(value)) {}
+  PropertyList(std::string_view value) : value_(std::string(value)) {}
+  PropertyList(Date value) : value_(value) {}
+  PropertyList(Data value) : value_(std::move(value)) {}
+  PropertyList(Array value) : value_(std::move(value)) {}
+  PropertyList(Dictionary value) : value_(std::move(value)) {}
+  // NOLINTEND(google-explicit-constructor)
 
   /// The value as a T (bool, std::int64_t, std::uint64_t, double, std::string, Date, Data, Array or
   /// Dictionary); null when it is of another kind. Owned by this value.

@@ -1,0 +1,49 @@
+#include "platform/freedesktop/FreedesktopHost.h"
+
+#include <filesystem>
+#include <utility>
+
+#include "platform/AsciiCase.h"
+#include "platform/freedesktop/HelperAlert.h"
+#include "platform/freedesktop/ThreadOperationQueue.h"
+
+namespace vendril {
+namespace {
+
+/// Where the program that shows alerts is installed, seen from the directory of this one.
+constexpr const char* kAlertHelper = "../libexec/vendril/vendril-alert";
+
+std::string alertHelperPath(const Bundle& bundle) {
+  const std::filesystem::path program = bundle.bundlePath();
+  return (program.parent_path() / kAlertHelper).lexically_normal();
+}
+
+/// The name under which the desktop knows the application.
+std::string desktopId(const Bundle& bundle) {
+  return asciiLowercase(bundle.bundleIdentifier().value_or(""));
+}
+
+}  // namespace
+
+FreedesktopHost::FreedesktopHost(int argc, char** argv, SchemeReader schemesOf)
+    : processInfo_(argc, argv),
+      userDefaults_(userDefaultsPath(userDirectories_, desktopId(bundle_)), propertyListFiles_,
+                    systemLog_),
+      sessionLoginItems_(bundle_),
+      urlEvents_(systemLog_),
+      application_(systemLog_, urlEvents_, desktopId(bundle_),
+                   [this, schemesOf = std::move(schemesOf)] { return schemesOf(bundle_); }),
+      urlConnection_(std::make_unique<CurlUrlConnection>()) {
+  CurlUrlConnection::prepareProcess();
+}
+
+std::shared_ptr<Alert> FreedesktopHost::makeAlert() {
+  return std::make_shared<HelperAlert>(alertHelperPath(bundle_), systemLog_,
+                                       application_.termination());
+}
+
+std::shared_ptr<OperationQueue> FreedesktopHost::makeOperationQueue() {
+  return std::make_shared<ThreadOperationQueue>();
+}
+
+}  // namespace vendril

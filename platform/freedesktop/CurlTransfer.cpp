@@ -1,0 +1,180 @@
+#include "platform/freedesktop/CurlTransfer.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+namespace vendril {
+namespace {
+
+constexpr const char* kAllowedProtocols = "http,https";
+
+/// Sets options of a handle until one fails, whose result it keeps.
+class CurlOptions {
+ public:
+  explicit CurlOptions(CURL* easy) : easy_(easy) {}
+
+  template <class Value>
+  void set(CURLoption option, Value value) {
+    static_assert(!std::is_same_v<Value, int>, "libcurl reads a long");
+    if (result_ == CURLE_OK) {
+      result_ = curl_easy_setopt(easy_, option, value);
+    }
+  }
+
+  CURLcode result() const { return result_; }
+
+ private:
+  CURL* easy_;
+  CURLcode result_ = CURLE_OK;
+};
+
+/// What holds for every transfer, and may not be loosened.
+void setPolicy(CurlOptions& options) {
+  options.set(CURLOPT_PROTOCOLS_STR, kAllowedProtocols);
+  options.set(CURLOPT_REDIR_PROTOCOLS_STR, kAllowedProtocols);
+  options.set(CURLOPT_FOLLOWLOCATION, 0L);
+  options.set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+  options.set(CURLOPT_SSL_VERIFYPEER, 1L);
+  options.set(CURLOPT_SSL_VERIFYHOST, 2L);
+  options.set(CURLOPT_NETRC, static_cast<long>(CURL_NETRC_IGNORED));
+  options.set(CURLOPT_HTTP09_ALLOWED, 0L);
+  // One request on each socket: the bound on sockets is then a bound on requests, and a portal that
+  // stalls holds up no other request.
+  options.set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+  options.set(CURLOPT_NOSIGNAL, 1L);
+  // A transfer that ends while its host name is looked up does not wait for the lookup.
+  options.set(CURLOPT_QUICK_EXIT, 1L);
+}
+
+void setMethodAndBody(CurlOptions& options, const UrlRequest& request) {
+  if (request.httpBody) {
+    options.set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.httpBody->size()));
+    options.set(CURLOPT_COPYPOSTFIELDS, request.httpBody->data());
+  } else if (request.httpMethod == "POST") {
+    options.set(CURLOPT_POSTFIELDS, "");
+  }
+  if (request.httpMethod == "HEAD") {
+    options.set(CURLOPT_NOBODY, 1L);
+  }
+  options.set(CURLOPT_CUSTOMREQUEST, request.httpMethod.c_str());
+}
+
+}  // namespace
+
+CurlTransfer::CurlTransfer(UrlRequest request, std::string origin, RequestCompletion completion)
+    : request_(std::move(request)),
+      origin_(std::move(origin)),
+      completion_(std::move(completion)) {}
+
+CURLcode CurlTransfer::prepare(CURL* easy, const CurlLimits& limits) {
+  if (!makeHeaderList()) {
+    return CURLE_OUT_OF_MEMORY;
+  }
+  maxBodySize_ = limits.maxBodySize;
+  headerSizeLeft_ = limits.maxHeaderSize;
+  CurlOptions options(easy);
+  setPolicy(options);
+  setMethodAndBody(options, request_);
+  options.set(CURLOPT_URL, request_.url->absoluteString().c_str());
+  options.set(CURLOPT_HTTPHEADER, headers_.get());
+  options.set(CURLOPT_TIMEOUT_MS, timeoutInMilliseconds(limits));
+  options.set(CURLOPT_CONNECTTIMEOUT_MS, timeoutInMilliseconds(limits));
+  options.set(CURLOPT_WRITEFUNCTION, &CurlTransfer::receiveBody);
+  options.set(CURLOPT_WRITEDATA, static_cast<void*>(this));
+  options.set(CURLOPT_HEADERFUNCTION, &CurlTransfer::receiveHeader);
+  options.set(CURLOPT_HEADERDATA, static_cast<void*>(this));
+  options.set(CURLOPT_ERRORBUFFER, errorBuffer_.data());
+  if (proxy_) {
+    options.set(CURLOPT_PROXY, proxy_->c_str());
+  }
+  if (limits.certificateAuthorityFile) {
+    options.set(CURLOPT_CAINFO, limits.certificateAuthorityFile->c_str());
+  }
+  return options.result();
+}
+
+void CurlTransfer::finish(CURL* easy, CURLcode result) {
+  long status = 0;
+  if (result == CURLE_OK) {
+    result = curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+  }
+  if (result == CURLE_OK) {
+    completion_.succeed(UrlResponse{static_cast<int>(status)}, std::move(body_));
+  } else {
+    fail(failureDescription(result));
+  }
+}
+
+std::size_t CurlTransfer::receiveBody(char* data, std::size_t size, std::size_t count,
+                                      void* transfer) noexcept {
+  auto& self = *static_cast<CurlTransfer*>(transfer);
+  const std::size_t length = size * count;
+  try {
+    if (length > self.maxBodySize_ - self.body_.size()) {
+      self.refusal_ =
+          "The response body is larger than " + std::to_string(self.maxBodySize_) + " bytes";
+      return CURL_WRITEFUNC_ERROR;
+    }
+    self.body_.append(data, length);
+    return length;
+  } catch (const std::bad_alloc&) {
+    return CURL_WRITEFUNC_ERROR;
+  }
+}
+
+std::size_t CurlTransfer::receiveHeader(char* /*data*/, std::size_t size, std::size_t count,
+                                        void* transfer) noexcept {
+  auto& self = *static_cast<CurlTransfer*>(transfer);
+  const std::size_t length = size * count;
+  if (length > self.headerSizeLeft_) {
+    self.refusal_ = "The response headers are too large";
+    return CURL_WRITEFUNC_ERROR;
+  }
+  self.headerSizeLeft_ -= length;
+  return length;
+}
+
+bool CurlTransfer::makeHeaderList() {
+  // Without this line libcurl would ask for leave to send a large body, and wait for it.
+  std::vector<std::string> lines{"Expect:"};
+  for (const auto& [name, value] : request_.headerFields) {
+    // libcurl drops a header without a value unless it ends in a semicolon.
+    std::string line = name;
+    line.append(value.empty() ? ";" : ": ").append(value);
+    lines.push_back(std::move(line));
+  }
+  headers_.reset();
+  for (const std::string& line : lines) {
+    curl_slist* const longer = curl_slist_append(headers_.get(), line.c_str());
+    if (longer == nullptr) {
+      return false;
+    }
+    static_cast<void>(headers_.release());
+    headers_.reset(longer);
+  }
+  return true;
+}
+
+/// At least 1, since 0 would stand for no limit.
+long CurlTransfer::timeoutInMilliseconds(const CurlLimits& limits) const {
+  constexpr double kMax = std::numeric_limits<int>::max();
+  double milliseconds = request_.timeoutInterval.count() * 1000;
+  if (limits.timeoutCap) {
+    milliseconds = std::min(milliseconds, static_cast<double>(limits.timeoutCap->count()));
+  }
+  return static_cast<long>(std::clamp(milliseconds, 1.0, kMax));
+}
+
+std::string CurlTransfer::failureDescription(CURLcode result) const {
+  if (!refusal_.empty()) {
+    return refusal_;
+  }
+  const std::string_view details(errorBuffer_.data());
+  return details.empty() ? curl_easy_strerror(result) : std::string(details);
+}
+
+}  // namespace vendril

@@ -1,0 +1,79 @@
+#include "platform/freedesktop/CurlUrlConnection.h"
+
+#include <cstdlib>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "platform/freedesktop/CurlEventThread.h"
+#include "platform/freedesktop/CurlTransfer.h"
+#include "platform/freedesktop/HttpOrigin.h"
+#include "platform/freedesktop/LocalFileResponse.h"
+#include "platform/freedesktop/RequestCompletion.h"
+
+namespace vendril {
+namespace {
+
+constexpr const char* kUnsupportedUrl = "Unsupported URL";
+constexpr const char* kSetUpFailed = "The network could not be set up";
+
+/// Why no request can be sent to a URL that has no origin.
+std::string refusalOf(const Url& url) {
+  const std::string& text = url.absoluteString();
+  if (hasScheme(text, "http") || hasScheme(text, "https")) {
+    return std::string(kUnsupportedUrl) + ": no host";
+  }
+  const std::string scheme(url.scheme());
+  return kUnsupportedUrl + (scheme.empty() ? ": no scheme" : " scheme: " + scheme);
+}
+
+void readFile(const Url& url, std::size_t maxSize, OperationQueue& queue,
+              RequestCompletion completion) {
+  auto shared = std::make_shared<RequestCompletion>(std::move(completion));
+  queue.addOperation(
+      [url, maxSize, shared = std::move(shared)] { respondWithLocalFile(url, maxSize, *shared); });
+}
+
+}  // namespace
+
+void CurlUrlConnection::prepareProcess() {
+  unsetenv("SSLKEYLOGFILE");
+}
+
+CurlUrlConnection::CurlUrlConnection(CurlLimits limits, ProxyResolver resolver)
+    : limits_(std::move(limits)), resolver_(std::move(resolver)) {}
+
+CurlUrlConnection::~CurlUrlConnection() = default;
+
+void CurlUrlConnection::sendAsynchronousRequest(UrlRequest request,
+                                                std::shared_ptr<OperationQueue> queue,
+                                                CompletionHandler handler) {
+  RequestCompletion completion(queue, std::move(handler));
+  if (!request.url) {
+    completion.fail(kUnsupportedUrl);
+  } else if (hasScheme(request.url->absoluteString(), "file")) {
+    readFile(*request.url, limits_.maxBodySize, *queue, std::move(completion));
+  } else if (auto origin = httpOrigin(*request.url)) {
+    send(std::make_unique<CurlTransfer>(std::move(request), std::move(*origin),
+                                        std::move(completion)));
+  } else {
+    completion.fail(refusalOf(*request.url));
+  }
+}
+
+void CurlUrlConnection::send(std::unique_ptr<CurlTransfer> transfer) {
+  if (thread_ != nullptr && thread_->post(transfer)) {
+    return;
+  }
+  try {
+    thread_.reset();
+    thread_ = std::make_unique<CurlEventThread>(limits_, resolver_);
+    if (!thread_->post(transfer)) {
+      transfer->fail(kSetUpFailed);
+    }
+  } catch (const std::system_error& error) {
+    transfer->fail(std::string(kSetUpFailed) + ": " + error.what());
+  }
+}
+
+}  // namespace vendril

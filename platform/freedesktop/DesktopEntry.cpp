@@ -1,0 +1,124 @@
+#include "platform/freedesktop/DesktopEntry.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "platform/freedesktop/BoundedFile.h"
+#include "platform/freedesktop/DesktopExec.h"
+
+namespace vendril {
+namespace {
+
+/// Far above any entry with all its translations.
+constexpr std::size_t kLargestEntry = std::size_t{1} << 20U;
+
+/// The language in a line such as "Name[de]=..."; nothing when it has none.
+std::string_view languageOf(std::string_view line) {
+  const std::size_t end = line.find("]=");
+  const std::size_t begin = line.find('[');
+  return end != line.npos && begin != line.npos && begin > 0 && line.find('=') == end + 1
+             ? line.substr(begin + 1, end - begin - 1)
+             : std::string_view();
+}
+
+/// `text` without the translations into languages that the user does not read. GKeyFile leaves them
+/// out as well, but only after it has taken them apart: an entry may have hundreds of them.
+std::string withoutForeignTranslations(std::string_view text) {
+  const gchar* const* languages = g_get_language_names();
+  std::string result;
+  result.reserve(text.size());
+  while (!text.empty()) {
+    const std::string_view line = text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
+    const std::string language(languageOf(line));
+    if (language.empty() || g_strv_contains(languages, language.c_str()) != FALSE) {
+      result += line;
+    }
+    text.remove_prefix(line.size());
+  }
+  return result;
+}
+
+std::optional<std::string> take(gchar* text) {
+  const GCharPtr owner(text);
+  return text != nullptr ? std::optional<std::string>(text) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<DesktopEntry> DesktopEntry::read(const std::string& path) {
+  const std::optional<std::string> text = readText(path);
+  return text ? parse(*text) : std::nullopt;
+}
+
+std::optional<std::string> DesktopEntry::readText(const std::string& path) {
+  return readBoundedFile(path, kLargestEntry);
+}
+
+std::optional<DesktopEntry> DesktopEntry::parse(const std::string& bytes) {
+  const std::string text = withoutForeignTranslations(bytes);
+  GKeyFilePtr file(g_key_file_new());
+  if (g_key_file_load_from_data(file.get(), text.data(), text.size(), G_KEY_FILE_NONE, nullptr) ==
+          FALSE ||
+      take(g_key_file_get_start_group(file.get())) != G_KEY_FILE_DESKTOP_GROUP) {
+    return std::nullopt;
+  }
+  return DesktopEntry(std::move(file));
+}
+
+std::optional<std::string> DesktopEntry::name() const {
+  constexpr const char* kName = G_KEY_FILE_DESKTOP_KEY_NAME;
+  const std::optional<std::string> text = take(
+      g_key_file_get_locale_string(file_.get(), G_KEY_FILE_DESKTOP_GROUP, kName, nullptr, nullptr));
+  if (text) {
+    return text;
+  }
+  const std::optional<std::string> bytes =
+      take(g_key_file_get_value(file_.get(), G_KEY_FILE_DESKTOP_GROUP, kName, nullptr));
+  return bytes ? take(g_utf8_make_valid(bytes->data(), static_cast<gssize>(bytes->size())))
+               : std::nullopt;
+}
+
+std::optional<std::string> DesktopEntry::string(const char* key) const {
+  return has(key) ? take(g_key_file_get_string(file_.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr))
+                  : std::nullopt;
+}
+
+bool DesktopEntry::boolean(const char* key) const {
+  return has(key) &&
+         g_key_file_get_boolean(file_.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr) != FALSE;
+}
+
+DesktopEntry::Program DesktopEntry::program() const {
+  if (const std::optional<std::string> error = tryExecError()) {
+    return {std::nullopt, *error};
+  }
+  const std::optional<std::string> exec = string(G_KEY_FILE_DESKTOP_KEY_EXEC);
+  if (!exec) {
+    return {std::nullopt, "There is no readable Exec"};
+  }
+  const ExecProgram named = programOfExec(*exec);
+  if (!named.program) {
+    return {std::nullopt, fmt::format("Exec does not parse: {}", named.error)};
+  }
+  const std::optional<std::string> path = findExecutable(*named.program);
+  return {path, path ? "" : fmt::format("The program '{}' does not exist", *named.program)};
+}
+
+bool DesktopEntry::isInstalledApplication() const {
+  const bool namesProgram = !string(G_KEY_FILE_DESKTOP_KEY_EXEC).value_or("").empty();
+  return isApplication() && (namesProgram ? program().path.has_value() : !tryExecError());
+}
+
+bool DesktopEntry::has(const char* key) const {
+  return g_key_file_has_key(file_.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr) != FALSE;
+}
+
+std::optional<std::string> DesktopEntry::tryExecError() const {
+  const std::string tried = string(G_KEY_FILE_DESKTOP_KEY_TRY_EXEC).value_or("");
+  return tried.empty() || findExecutable(tried)
+             ? std::nullopt
+             : std::optional(fmt::format("The program '{}' of TryExec does not exist", tried));
+}
+
+}  // namespace vendril

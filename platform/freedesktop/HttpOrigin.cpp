@@ -1,0 +1,46 @@
+#include "platform/freedesktop/HttpOrigin.h"
+
+#include <glib.h>
+
+#include <algorithm>
+#include <string_view>
+
+namespace vendril {
+namespace {
+
+std::string lowerCase(std::string_view text) {
+  std::string result(text);
+  std::transform(result.begin(), result.end(), result.begin(), g_ascii_tolower);
+  return result;
+}
+
+/// Splits "host:port"; the host may be an IP literal in brackets.
+std::pair<std::string_view, std::string_view> hostAndPort(std::string_view text) {
+  const std::size_t literalEnd = text.find(']');
+  const std::size_t colon = text.find(':', literalEnd == std::string_view::npos ? 0 : literalEnd);
+  if (colon == std::string_view::npos) {
+    return {text, {}};
+  }
+  return {text.substr(0, colon), text.substr(colon + 1)};
+}
+
+}  // namespace
+
+std::optional<std::string> httpOrigin(const Url& url) {
+  const std::string scheme = lowerCase(url.scheme());
+  std::string_view rest = std::string_view(url.absoluteString()).substr(scheme.size());
+  if ((scheme != "http" && scheme != "https") || !rest.starts_with("://")) {
+    return std::nullopt;
+  }
+  rest.remove_prefix(3);
+  std::string_view authority = rest.substr(0, rest.find_first_of("/?#"));
+  authority.remove_prefix(authority.rfind('@') + 1);
+  const auto [host, port] = hostAndPort(authority);
+  if (host.empty()) {
+    return std::nullopt;
+  }
+  const std::string_view defaultPort = scheme == "http" ? "80" : "443";
+  return scheme + "://" + lowerCase(host) + ":" + std::string(port.empty() ? defaultPort : port);
+}
+
+}  // namespace vendril

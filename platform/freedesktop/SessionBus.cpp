@@ -1,0 +1,87 @@
+#include "platform/freedesktop/SessionBus.h"
+
+#include <utility>
+
+#include "platform/MessageFormat.h"
+#include "platform/freedesktop/BoundedWait.h"
+
+namespace vendril {
+namespace {
+
+// The flag and the replies of RequestName, as the D-Bus protocol numbers them.
+constexpr guint32 kDoNotQueue = 4;
+constexpr guint32 kPrimaryOwner = 1;
+constexpr guint32 kAlreadyOwner = 4;
+
+void onClosed(GDBusConnection* /*connection*/, gboolean /*remotePeerVanished*/, GError* /*error*/,
+              gpointer log) {
+  static_cast<SystemLog*>(log)->write("The session bus has gone; no more links come from it");
+}
+
+}  // namespace
+
+std::unique_ptr<SessionBus> SessionBus::connect(SystemLog& log) {
+  BoundedWait wait(kBusAnswerLimit);
+  g_bus_get(G_BUS_TYPE_SESSION, wait.cancellable(), BoundedWait::finish, wait.userData());
+  GAsyncResult* result = wait.result();
+  if (result == nullptr) {
+    log.write("The session bus does not answer; going on without it");
+    return nullptr;
+  }
+  GErrorSlot error;
+  GObjectPtr<GDBusConnection> connection(g_bus_get_finish(result, error.out()));
+  if (!connection) {
+    log.write(formatMessage("There is no session bus: %s", error.message()));
+    return nullptr;
+  }
+  return std::unique_ptr<SessionBus>(new SessionBus(std::move(connection), log));
+}
+
+SessionBus::SessionBus(GObjectPtr<GDBusConnection> connection, SystemLog& log)
+    : connection_(std::move(connection)), log_(log) {
+  g_dbus_connection_set_exit_on_close(connection_.get(), FALSE);
+  closedHandler_ = g_signal_connect(connection_.get(), "closed", G_CALLBACK(onClosed), &log_);
+}
+
+SessionBus::~SessionBus() {
+  g_signal_handler_disconnect(connection_.get(), closedHandler_);
+}
+
+SessionBus::NameRequest SessionBus::requestName(const std::string& name) {
+  GErrorSlot error;
+  const GVariantPtr reply =
+      callBus("RequestName", g_variant_new("(su)", name.c_str(), kDoNotQueue), "(u)", error);
+  if (!reply) {
+    log_.write(
+        formatMessage("The session bus does not give out the name %s: %s", name, error.message()));
+    return NameRequest::failed;
+  }
+  guint32 code = 0;
+  g_variant_get(reply.get(), "(u)", &code);
+  return code == kPrimaryOwner || code == kAlreadyOwner ? NameRequest::granted : NameRequest::taken;
+}
+
+void SessionBus::releaseName(const std::string& name) {
+  GErrorSlot ignored;
+  callBus("ReleaseName", g_variant_new("(s)", name.c_str()), "(u)", ignored);
+}
+
+void SessionBus::flush() {
+  BoundedWait wait(kBusAnswerLimit);
+  g_dbus_connection_flush(connection_.get(), wait.cancellable(), BoundedWait::finish,
+                          wait.userData());
+  if (GAsyncResult* result = wait.result()) {
+    g_dbus_connection_flush_finish(connection_.get(), result, nullptr);
+  }
+}
+
+GVariantPtr SessionBus::callBus(const char* method, GVariant* parameters, const char* replyType,
+                                GErrorSlot& error) {
+  const std::chrono::milliseconds limit = kBusAnswerLimit;
+  return GVariantPtr(g_dbus_connection_call_sync(
+      connection_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+      method, parameters, G_VARIANT_TYPE(replyType), G_DBUS_CALL_FLAGS_NONE,
+      static_cast<gint>(limit.count()), nullptr, error.out()));
+}
+
+}  // namespace vendril

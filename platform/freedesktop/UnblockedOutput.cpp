@@ -1,0 +1,91 @@
+#include "platform/freedesktop/UnblockedOutput.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+
+namespace vendril {
+namespace {
+
+/// How long a slow reader may take to make room, once.
+constexpr int kRoomLimitMilliseconds = 100;
+
+constexpr int kNoDescriptor = -1;
+
+// Opens what `descriptor` has open once more, so that this opening alone does not block.
+int reopenUnblocked(int descriptor) {
+  const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
+  return ::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+}
+
+}  // namespace
+
+UnblockedOutput::UnblockedOutput(int descriptor) : descriptor_(descriptor) {
+  struct stat status {};
+  if (::fstat(descriptor, &status) != 0) {
+    descriptor_ = kNoDescriptor;
+    return;
+  }
+  socket_ = S_ISSOCK(status.st_mode);
+  if (S_ISFIFO(status.st_mode) || S_ISCHR(status.st_mode)) {
+    const int own = reopenUnblocked(descriptor);
+    owned_ = own >= 0;
+    mayBlock_ = !owned_;
+    descriptor_ = owned_ ? own : descriptor;
+  }
+}
+
+UnblockedOutput::~UnblockedOutput() {
+  if (owned_) {
+    ::close(descriptor_);
+  }
+}
+
+void UnblockedOutput::write(std::string_view record) noexcept {
+  if (descriptor_ == kNoDescriptor || (mayBlock_ && !waitForRoom())) {
+    return;
+  }
+  if (torn_.load(std::memory_order_relaxed) && put("\n") == 1) {
+    torn_.store(false, std::memory_order_relaxed);
+  }
+  const std::size_t left = putAll(record);
+  if (left > 0 && left < record.size()) {
+    torn_.store(true, std::memory_order_relaxed);
+  }
+}
+
+// Returns the number of bytes that found no room.
+std::size_t UnblockedOutput::putAll(std::string_view bytes) noexcept {
+  while (!bytes.empty()) {
+    const ssize_t count = put(bytes);
+    if (count >= 0) {
+      bytes.remove_prefix(static_cast<std::size_t>(count));
+      stuck_.store(false, std::memory_order_relaxed);
+    } else if (errno != EINTR && (errno != EAGAIN || !waitForRoom())) {
+      break;
+    }
+  }
+  return bytes.size();
+}
+
+ssize_t UnblockedOutput::put(std::string_view bytes) const noexcept {
+  return socket_ ? ::send(descriptor_, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL)
+                 : ::write(descriptor_, bytes.data(), bytes.size());
+}
+
+bool UnblockedOutput::waitForRoom() noexcept {
+  pollfd target{descriptor_, POLLOUT, 0};
+  const int limit = stuck_.load(std::memory_order_relaxed) ? 0 : kRoomLimitMilliseconds;
+  const bool room = ::poll(&target, 1, limit) > 0;
+  if (!room) {
+    stuck_.store(true, std::memory_order_relaxed);
+  }
+  return room;
+}
+
+}  // namespace vendril

@@ -1,0 +1,89 @@
+#include "platform/freedesktop/XdgPaths.h"
+
+#include <glib.h>
+#include <pwd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <sstream>
+
+namespace vendril {
+namespace {
+
+std::string variable(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr ? value : "";
+}
+
+bool isAbsolute(const std::string& path) {
+  return path.starts_with('/');
+}
+
+std::string withoutSlashAtEnd(std::string path) {
+  while (path.ends_with('/')) {
+    path.pop_back();
+  }
+  return path;
+}
+
+std::string homeDirectory() {
+  const std::string home = variable("HOME");
+  if (isAbsolute(home)) {
+    return withoutSlashAtEnd(home);
+  }
+  const passwd* user = getpwuid(getuid());
+  return user != nullptr ? withoutSlashAtEnd(user->pw_dir) : "";
+}
+
+std::string userDirectory(const char* name, const char* belowHome) {
+  const std::string directory = variable(name);
+  if (isAbsolute(directory)) {
+    return withoutSlashAtEnd(directory);
+  }
+  const std::string home = homeDirectory();
+  return isAbsolute(home) ? home + belowHome : "";
+}
+
+std::vector<std::string> systemDirectories(const char* name, const char* otherwise) {
+  std::vector<std::string> directories;
+  const std::string value = variable(name);
+  for (const std::string& directory : splitNonEmpty(value.empty() ? otherwise : value, ':')) {
+    if (isAbsolute(directory)) {
+      directories.push_back(withoutSlashAtEnd(directory));
+    }
+  }
+  return directories;
+}
+
+std::vector<std::string> lowerCaseDesktops() {
+  std::vector<std::string> desktops = splitNonEmpty(variable("XDG_CURRENT_DESKTOP"), ':');
+  // A desktop becomes part of a file's name, so it cannot lead into another directory.
+  std::erase_if(desktops, [](const std::string& name) { return name.find('/') != name.npos; });
+  for (std::string& name : desktops) {
+    std::transform(name.begin(), name.end(), name.begin(), g_ascii_tolower);
+  }
+  return desktops;
+}
+
+}  // namespace
+
+XdgPaths XdgPaths::fromEnvironment() {
+  return {userDirectory("XDG_CONFIG_HOME", "/.config"),
+          systemDirectories("XDG_CONFIG_DIRS", "/etc/xdg"),
+          userDirectory("XDG_DATA_HOME", "/.local/share"),
+          systemDirectories("XDG_DATA_DIRS", "/usr/local/share:/usr/share"), lowerCaseDesktops()};
+}
+
+std::vector<std::string> splitNonEmpty(const std::string& text, char separator) {
+  std::vector<std::string> parts;
+  std::istringstream stream(text);
+  for (std::string part; std::getline(stream, part, separator);) {
+    if (!part.empty()) {
+      parts.push_back(part);
+    }
+  }
+  return parts;
+}
+
+}  // namespace vendril

@@ -1,0 +1,64 @@
+# Sourced by the other scripts: strict mode, the repository's root as working directory, and the
+# functions that they share.
+# shellcheck shell=bash
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+cd "$root"
+
+# CMake reads this variable when it configures a build for the first time.
+if [[ -z ${CMAKE_CXX_COMPILER_LAUNCHER-} ]] && command -v ccache >/dev/null; then
+  export CMAKE_CXX_COMPILER_LAUNCHER=ccache
+fi
+
+# Prints a heading, so that a long log can be found one's way in.
+heading() {
+  printf '\n== %s\n' "$*"
+}
+
+# Configures and builds the preset $1.
+build_preset() {
+  heading "Building the preset $1"
+  cmake --preset "$1" >/dev/null
+  cmake --build --preset "$1"
+}
+
+# Runs the tests of the preset $1; further arguments go to ctest.
+test_preset() {
+  local preset=$1
+  shift
+  heading "Testing the preset $preset"
+  ctest --preset "$preset" --parallel "$(nproc)" "$@"
+}
+
+# Waits until the command in $2... succeeds, for $1 seconds at most.
+wait_until() {
+  local deadline=$((SECONDS + $1))
+  shift
+  until "$@"; do
+    if ((SECONDS >= deadline)); then
+      return 1
+    fi
+    sleep 0.05
+  done
+}
+
+# Installs the release build into the directory $1.
+install_release() {
+  build_preset release
+  heading "Installing into $1"
+  cmake --install build/release --prefix "$1" >/dev/null
+}
+
+# Makes the directory $1 the home of all that is started from here on, with the desktop's files of
+# the prefix $2 in view and nothing of the user's own session.
+enter_private_home() {
+  export HOME=$1 XDG_CONFIG_HOME=$1/.config XDG_DATA_HOME=$1/.local/share
+  export XDG_CACHE_HOME=$1/.cache XDG_STATE_HOME=$1/.local/state XDG_RUNTIME_DIR=$1/run
+  export XDG_DATA_DIRS=$2/share:/usr/local/share:/usr/share XDG_CONFIG_DIRS=/etc/xdg
+  unset DBUS_SESSION_BUS_ADDRESS DBUS_STARTER_ADDRESS DISPLAY WAYLAND_DISPLAY XDG_CURRENT_DESKTOP
+  unset http_proxy https_proxy all_proxy HTTP_PROXY HTTPS_PROXY ALL_PROXY
+  mkdir -p "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_CACHE_HOME" "$XDG_STATE_HOME"
+  mkdir -p "$XDG_RUNTIME_DIR"
+  chmod 0700 "$XDG_RUNTIME_DIR"
+}

@@ -1,0 +1,140 @@
+#!/bin/bash
+# What `cmake --install` lays out, in a prefix that is chosen only then.
+# shellcheck source=tests/support/assertions.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../support/assertions.sh"
+
+prefix=${VENDRIL_INSTALLED:?}
+id=${VENDRIL_ID:?}
+version=${VENDRIL_VERSION:?}
+read -ra schemes <<<"${VENDRIL_SCHEMES:?}"
+program=$prefix/bin/vendril
+entry=$prefix/share/applications/$id.desktop
+bus_service=$prefix/share/dbus-1/services/$id.service
+unit=$prefix/share/systemd/user/$id.service
+metainfo=$prefix/share/metainfo/$id.metainfo.xml
+manual=$prefix/share/man/man1/vendril.1.gz
+icons=$prefix/share/icons/hicolor
+
+# The value of the key $2 in the file $1. The keys used here occur once in their files.
+value_of() {
+  local line
+  line=$(grep "^$2=" "$1") || fail "no key $2 in $1"
+  printf '%s' "${line#*=}"
+}
+
+TheDesktopEntryIsValid() {
+  assert_silent_success 'the desktop entry' desktop-file-validate "$entry"
+}
+
+TheEntryNamesTheProgramUnquotedWithOneLink() {
+  assert_equal 'Exec' "$program %u" "$(value_of "$entry" Exec)"
+}
+
+TheProgramThatTheEntryNamesIsThere() {
+  [[ -x $program ]] || fail "$program is not an executable file"
+}
+
+TheEntryIsActivatedByTheBusAndHiddenFromMenus() {
+  assert_equal DBusActivatable true "$(value_of "$entry" DBusActivatable)"
+  assert_equal NoDisplay true "$(value_of "$entry" NoDisplay)"
+  assert_equal X-GIO-NoFuse true "$(value_of "$entry" X-GIO-NoFuse)"
+  assert_equal Terminal false "$(value_of "$entry" Terminal)"
+}
+
+TheEntryDeclaresEveryScheme() {
+  assert_equal MimeType "$(printf 'x-scheme-handler/%s;' "${schemes[@]}")" \
+    "$(value_of "$entry" MimeType)"
+}
+
+TheDesktopDatabaseNamesTheEntryForEveryScheme() {
+  local scheme
+  for scheme in "${schemes[@]}"; do
+    assert_equal "handlers of $scheme" "$id.desktop;" \
+      "$(value_of "$prefix/share/applications/mimeinfo.cache" "x-scheme-handler/$scheme")"
+  done
+}
+
+TheBusServiceStartsTheProgramThroughTheUnit() {
+  assert_equal Name "$id" "$(value_of "$bus_service" Name)"
+  assert_equal Exec "$program" "$(value_of "$bus_service" Exec)"
+  assert_equal SystemdService "$(basename "$unit")" "$(value_of "$bus_service" SystemdService)"
+}
+
+TheUnitStartsTheProgramUnderTheBusName() {
+  assert_equal Type dbus "$(value_of "$unit" Type)"
+  assert_equal BusName "$id" "$(value_of "$unit" BusName)"
+  assert_equal ExecStart "$program" "$(value_of "$unit" ExecStart)"
+}
+
+TheMetainfoIsValid() {
+  appstreamcli validate --no-net --strict "$metainfo" ||
+    fail 'appstreamcli found something'
+}
+
+TheMetainfoNamesTheVersionAndEveryScheme() {
+  local text scheme
+  text=$(<"$metainfo")
+  assert_contains metainfo "<release version=\"$version\"" "$text"
+  for scheme in "${schemes[@]}"; do
+    assert_contains metainfo "<mediatype>x-scheme-handler/$scheme</mediatype>" "$text"
+  done
+}
+
+TheManualRendersWithoutWarnings() {
+  make_scratch_directory
+  zcat "$manual" >"$scratch/vendril.1"
+  assert_silent_success 'the manual' groff -man -ww -b -z -Tutf8 -rLL=80n "$scratch/vendril.1"
+}
+
+TheManualNamesTheVersionAndEveryScheme() {
+  local text scheme
+  text=$(zcat "$manual" | groff -man -Tascii -P-cbou)
+  assert_contains manual "Vendril $version" "$text"
+  for scheme in "${schemes[@]}"; do
+    assert_contains manual "$scheme" "$text"
+  done
+}
+
+EveryIconHasTheSizeOfItsDirectory() {
+  local size
+  for size in 16 22 24 32 48 64 128 256; do
+    assert_contains "icon of $size pixels" "PNG image data, $size x $size," \
+      "$(file "$icons/${size}x$size/apps/$id.png")"
+  done
+  assert_contains 'scalable icon' SVG "$(file "$icons/scalable/apps/$id.svg")"
+}
+
+NoPlaceholderIsLeft() {
+  ! grep --recursive --extended-regexp '@[A-Z_]+@' "$prefix/share" ||
+    fail 'a placeholder was not filled in'
+}
+
+NothingButTheProgramsFilesIsInstalled() {
+  local strangers
+  strangers=$(find "$prefix" -type f ! -name "$id.*" ! -name 'vendril*' ! -name mimeinfo.cache)
+  assert_equal 'files of other names' '' "$strangers"
+}
+
+APrefixThatCannotStandInAnEntryIsRefused() {
+  local bad output
+  make_scratch_directory
+  for bad in 'with space' 'with"quote' 'with%percent' "with\$dollar"; do
+    if output=$(cmake --install "$VENDRIL_BUILD_DIR" --prefix "$scratch/$bad" 2>&1); then
+      fail "the prefix '$bad' was taken"
+    fi
+    assert_contains "the refusal of '$bad'" 'cannot stand in a desktop' "$output"
+    [[ ! -e $scratch/$bad ]] || fail "something was installed in '$bad'"
+  done
+}
+
+InTheSystemsOwnPrefixTheUnitLiesWhereSystemdLooks() {
+  local destination
+  make_scratch_directory
+  for destination in /usr /usr/local; do
+    DESTDIR=$scratch cmake --install "$VENDRIL_BUILD_DIR" --prefix "$destination" >/dev/null
+    assert_equal "ExecStart in $destination" "$destination/bin/vendril" \
+      "$(value_of "$scratch$destination/lib/systemd/user/$id.service" ExecStart)"
+  done
+}
+
+run_test "$@"

@@ -1,0 +1,52 @@
+#include "support/TestCertificate.h"
+
+#include <glib.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <vector>
+
+#include "platform/freedesktop/GlibPtr.h"
+
+namespace vendril {
+namespace {
+
+void run(std::vector<std::string> command) {
+  std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
+  for (std::string& word : command) {
+    arguments.push_back(word.data());
+  }
+  arguments.push_back(nullptr);
+  constexpr int kSilently =
+      G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL;
+  int status = 0;
+  GErrorSlot error;
+  if (g_spawn_sync(nullptr, arguments.data(), nullptr, static_cast<GSpawnFlags>(kSilently), nullptr,
+                   nullptr, nullptr, nullptr, &status, error.out()) == 0 ||
+      g_spawn_check_wait_status(status, error.out()) == 0) {
+    throw std::runtime_error(command.front() + ": " + error.message());
+  }
+}
+
+}  // namespace
+
+TestCertificate::TestCertificate() {
+  std::string path = (std::filesystem::temp_directory_path() / "certificate-XXXXXX").string();
+  if (mkdtemp(path.data()) == nullptr) {
+    throw std::runtime_error("no directory for a certificate");
+  }
+  directory = path;
+  run({"openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
+       "-nodes", "-days", "1", "-subj", "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1",
+       "-keyout", keyFile(), "-out", certificateFile()});
+}
+
+TestCertificate::~TestCertificate() {
+  std::error_code ignored;
+  std::filesystem::remove_all(directory, ignored);
+}
+
+}  // namespace vendril

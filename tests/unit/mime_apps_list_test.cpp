@@ -1,0 +1,113 @@
+#include "platform/freedesktop/MimeAppsList.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace vendril {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* kGroup = MimeAppsList::kDefaultApplications;
+constexpr const char* kType = "x-scheme-handler/vendril";
+
+std::string withFirst(const std::string& text) {
+  return withApplicationFirst(text, kGroup, kType, "v.desktop");
+}
+std::string without(const std::string& text) {
+  return withoutApplication(text, kGroup, kType, "v.desktop");
+}
+
+TEST(MimeAppsList, GivesTheApplicationsOfATypeInTheirOrder) {
+  const auto list = MimeAppsList::parse("[Default Applications]\na/b=x.desktop;y.desktop\n");
+  ASSERT_TRUE(list);
+  EXPECT_THAT(list->applications(kGroup, "a/b"), ElementsAre("x.desktop", "y.desktop"));
+  EXPECT_THAT(list->applications(kGroup, "a/c"), IsEmpty());
+  EXPECT_TRUE(list->names(kGroup, "a/b"));
+  EXPECT_FALSE(list->names(MimeAppsList::kAddedAssociations, "a/b"));
+}
+
+TEST(MimeAppsList, OneBadLineMakesTheWholeListMalformed) {
+  EXPECT_FALSE(MimeAppsList::parse("[Default Applications]\na/b=x.desktop\nrubbish\n"));
+  EXPECT_FALSE(MimeAppsList::parse("a/b=x.desktop\n"));
+  EXPECT_FALSE(MimeAppsList::parse("<<<<<<< HEAD\n"));
+  EXPECT_TRUE(MimeAppsList::parse(""));
+}
+
+TEST(MimeAppsEdit, EmptyListGetsTheGroupAndTheLine) {
+  EXPECT_EQ(withFirst(""), "[Default Applications]\nx-scheme-handler/vendril=v.desktop;\n");
+}
+
+TEST(MimeAppsEdit, NewGroupComesBehindABlankLine) {
+  EXPECT_EQ(withFirst("[Other]\na=b\n"),
+            "[Other]\na=b\n\n[Default Applications]\nx-scheme-handler/vendril=v.desktop;\n");
+}
+
+TEST(MimeAppsEdit, NewLineComesBehindTheLastOneOfItsGroup) {
+  EXPECT_EQ(withFirst("[Default Applications]\na/b=x.desktop\n\n# next\n[Other]\na=b\n"),
+            "[Default Applications]\na/b=x.desktop\nx-scheme-handler/vendril=v.desktop;\n\n# next\n"
+            "[Other]\na=b\n");
+}
+
+TEST(MimeAppsEdit, LastLineWithoutALineEndGetsOne) {
+  EXPECT_EQ(withFirst("[Default Applications]\na/b=x.desktop"),
+            "[Default Applications]\na/b=x.desktop\nx-scheme-handler/vendril=v.desktop;\n");
+}
+
+TEST(MimeAppsEdit, LineEndsOfTheListAreKept) {
+  EXPECT_EQ(withFirst("[Default Applications]\r\na/b=x.desktop\r\n"),
+            "[Default Applications]\r\na/b=x.desktop\r\nx-scheme-handler/vendril=v.desktop;\r\n");
+}
+
+TEST(MimeAppsEdit, ApplicationMovesBeforeTheOthersWhichStayAsTheyAreWritten) {
+  EXPECT_EQ(withFirst("[Default Applications]\n"
+                      "  x-scheme-handler/vendril = a\\;b.desktop;v.desktop;\xE9.desktop\n"),
+            "[Default Applications]\n"
+            "  x-scheme-handler/vendril = v.desktop;a\\;b.desktop;\xE9.desktop;\n");
+}
+
+TEST(MimeAppsEdit, ListThatHasTheApplicationFirstStaysTheSame) {
+  for (const std::string value : {"v.desktop", " v.desktop;  ", "v.desktop;a.desktop"}) {
+    const std::string text = "[Default Applications]\nx-scheme-handler/vendril=" + value;
+    EXPECT_EQ(withFirst(text), text);
+  }
+}
+
+TEST(MimeAppsEdit, OnlyTheLineThatCountsChangesWhenAKeyComesTwice) {
+  const std::string text =
+      "[Default Applications]\nx-scheme-handler/vendril=a.desktop\n[Other]\n"
+      "x-scheme-handler/vendril=o.desktop\n[Default Applications]\n"
+      "x-scheme-handler/vendril=b.desktop\n";
+  const std::string edited = withFirst(text);
+  EXPECT_EQ(edited,
+            "[Default Applications]\nx-scheme-handler/vendril=a.desktop\n[Other]\n"
+            "x-scheme-handler/vendril=o.desktop\n[Default Applications]\n"
+            "x-scheme-handler/vendril=v.desktop;b.desktop;\n");
+  EXPECT_THAT(MimeAppsList::parse(edited)->applications(kGroup, kType),
+              ElementsAre("v.desktop", "b.desktop"));
+}
+
+TEST(MimeAppsEdit, CommentedOutAndTranslatedKeysAreOtherKeys) {
+  const std::string text =
+      "[Default Applications]\n#x-scheme-handler/vendril=a.desktop\n"
+      "x-scheme-handler/vendril[de]=b.desktop\n";
+  EXPECT_EQ(withFirst(text), text + "x-scheme-handler/vendril=v.desktop;\n");
+}
+
+TEST(MimeAppsEdit, RemovingTakesOnlyTheApplicationOut) {
+  EXPECT_EQ(without("[Default Applications]\nx-scheme-handler/vendril=a.desktop;v.desktop;\n"),
+            "[Default Applications]\nx-scheme-handler/vendril=a.desktop;\n");
+  const std::string other = "[Default Applications]\nx-scheme-handler/vendril = a.desktop\n";
+  EXPECT_EQ(without(other), other);
+  EXPECT_EQ(without(""), "");
+}
+
+TEST(MimeAppsEdit, RemovingTheLastApplicationTakesTheLineOut) {
+  EXPECT_EQ(without("[Default Applications]\nx-scheme-handler/vendril=b.desktop\n"
+                    "x-scheme-handler/vendril=v.desktop\na=b\n"),
+            "[Default Applications]\na=b\n");
+}
+
+}  // namespace
+}  // namespace vendril
