@@ -345,6 +345,13 @@ TEST_F(SimpleLogger, SettingTheStreamDoesNotCloseTheOneBefore) {
   std::fclose(first);
 }
 
+TEST_F(SimpleLogger, EveryLineIsFlushedEvenOnAFullyBufferedStream) {
+  ZQN5SimpleLogger logger;
+  logger.setFileDescriptor(std::fopen((directory / "log").c_str(), "w"));
+  logger.log("Hello");
+  EXPECT_EQ(directory.read("log"), "[2024-01-31 13:05:09.042] Hello\n");
+}
+
 TEST_F(SimpleLogger, FlushFlushesTheOpenStream) {
   ZQN5SimpleLogger logger;
   logger.setFileDescriptor(std::fopen((directory / "log").c_str(), "w"));
