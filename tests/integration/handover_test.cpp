@@ -55,6 +55,13 @@ std::vector<std::string> mixed() {
 
 class HandoverTest : public AgentTest {
  protected:
+  /// An agent that the bus has started is nobody's child, so a test that fails would leave it.
+  void TearDown() override {
+    if (const auto owner = client_.ownerOf(kName)) {
+      ::kill(*owner, SIGKILL);
+    }
+  }
+
   /// Waits until the process that owns the agent's name, if any, has ended.
   void endOwner() const {
     if (const auto owner = client_.ownerOf(kName)) {
