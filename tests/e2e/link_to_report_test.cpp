@@ -22,7 +22,7 @@ constexpr const char* kSampleReport =
     R"("meetmeCapable":1,"videoCapable":1,"SIPready":1,"SIPDomain":"sip.example.com"})";
 
 TEST_F(LinkToReport, LinkOpenedByTheDesktopStartsTheAgentAndArrivesAsAReport) {
-  EXPECT_EQ(InstalledAgent::run({"gio", "open", link("a b+c")}), 0);
+  EXPECT_EQ(InstalledAgent::run({"gio", "open", link("a+c:d")}), 0);
   ASSERT_TRUE(portal.waitForRequests(1)) << agent.activatedLog();
   const TestPortal::Request request = portal.requests().at(0);
   EXPECT_EQ(request.method, "POST");
@@ -30,7 +30,7 @@ TEST_F(LinkToReport, LinkOpenedByTheDesktopStartsTheAgentAndArrivesAsAReport) {
   EXPECT_EQ(request.header("Content-Type"), "application/x-www-form-urlencoded");
   EXPECT_EQ(request.header("Expect"), std::nullopt);
   EXPECT_THAT(request.formFields,
-              UnorderedElementsAre(Pair("data", kSampleReport), Pair("session_id", "a b+c"),
+              UnorderedElementsAre(Pair("data", kSampleReport), Pair("session_id", "a+c:d"),
                                    Pair("command", "set_data")));
   EXPECT_TRUE(agent.waitForActivatedLog(kSuccess)) << agent.activatedLog();
 }

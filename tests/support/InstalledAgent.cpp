@@ -47,7 +47,7 @@ InstalledAgent::~InstalledAgent() {
 }
 
 std::string InstalledAgent::prefix() {
-  return VENDRIL_BUILD_DIR "/stage";
+  return VENDRIL_INSTALLED;
 }
 
 std::string InstalledAgent::program() {
