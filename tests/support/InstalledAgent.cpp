@@ -41,9 +41,7 @@ InstalledAgent::InstalledAgent()
 }
 
 InstalledAgent::~InstalledAgent() {
-  if (const auto owner = ownerProcess()) {
-    ::kill(*owner, SIGTERM);
-  }
+  terminate();
 }
 
 std::string InstalledAgent::prefix() {
@@ -105,6 +103,12 @@ void InstalledAgent::openOnBus(const std::vector<std::string>& links) const {
 
 std::optional<int> InstalledAgent::run(const std::vector<std::string>& command) {
   return ChildProcess(command).waitForExit();
+}
+
+void InstalledAgent::terminate() const {
+  if (const auto owner = ownerProcess()) {
+    ::kill(*owner, SIGTERM);
+  }
 }
 
 std::optional<pid_t> InstalledAgent::ownerProcess() const {

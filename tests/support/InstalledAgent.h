@@ -48,6 +48,8 @@ class InstalledAgent {
   /// Runs one of the desktop's own commands to its end; its exit status.
   static std::optional<int> run(const std::vector<std::string>& command);
 
+  /// Asks the process that owns the agent's bus name, if there is one, to terminate.
+  void terminate() const;
   /// The process that owns the agent's bus name; nothing when there is none.
   std::optional<pid_t> ownerProcess() const;
   /// True as soon as an agent started by the bus has written `text` to its standard error.
