@@ -6,8 +6,11 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
+#include <algorithm>
 #include <charconv>
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "support/AgentTest.h"
 #include "support/MainLoop.h"
@@ -165,6 +168,27 @@ long sleepsOf(pid_t pid) {
     sum += count;
   }
   return sum;
+}
+
+std::vector<std::string> threadNames(pid_t pid) {
+  const std::filesystem::path tasks = "/proc/" + std::to_string(pid) + "/task";
+  std::vector<std::string> names;
+  for (const auto& task : std::filesystem::directory_iterator(tasks)) {
+    names.push_back(readFile(task.path() / "comm"));
+  }
+  return names;
+}
+
+TEST_F(ApplicationTest, KeepsNoThreadForWorkThatMayCome) {
+  const Process agent = startFirst();
+  EXPECT_TRUE(runMainLoopUntil(
+      [&] {
+        const std::vector<std::string> names = threadNames(agent->pid());
+        return std::none_of(names.begin(), names.end(),
+                            [](const std::string& name) { return name.starts_with("pool"); });
+      },
+      std::chrono::seconds(5)))
+      << testing::PrintToString(threadNames(agent->pid()));
 }
 
 TEST_F(ApplicationTest, NeverWakesUpWhileNothingHappens) {
