@@ -16,6 +16,10 @@ namespace {
 
 constexpr std::string_view kSuffix = ".desktop";
 
+std::string pathIn(const std::string& directory, const std::string& name) {
+  return directory + "/" + name;
+}
+
 bool exists(const std::string& path) {
   struct stat status {};
   return lstat(path.c_str(), &status) == 0;
@@ -29,7 +33,7 @@ bool isNullDevice(const struct stat& status) {
 AutostartFile readFileAt(const std::string& directory, const std::string& name, bool isUsers) {
   AutostartFile file;
   file.name = name;
-  file.path = directory + "/" + name;
+  file.path = pathIn(directory, name);
   file.isUsers = isUsers;
   struct stat status {};
   if (stat(file.path.c_str(), &status) == 0) {
@@ -68,6 +72,7 @@ timespec after(timespec time) {
 std::vector<AutostartFile> readUsers(const std::string& directory,
                                      const std::vector<std::string>& names) {
   std::vector<AutostartFile> files;
+  files.reserve(names.size());
   for (const std::string& name : names) {
     files.push_back(readFileAt(directory, name, true));
   }
@@ -108,12 +113,12 @@ std::vector<AutostartFile> AutostartDirectories::files() const {
 }
 
 std::optional<AutostartFile> AutostartDirectories::find(const std::string& name) const {
-  return exists(users_ + "/" + name) ? readFileAt(users_, name, true) : findSystems(name);
+  return exists(pathIn(users_, name)) ? readFileAt(users_, name, true) : findSystems(name);
 }
 
 std::optional<AutostartFile> AutostartDirectories::findSystems(const std::string& name) const {
   for (const std::string& directory : systems_) {
-    if (exists(directory + "/" + name)) {
+    if (exists(pathIn(directory, name))) {
       return readFileAt(directory, name, false);
     }
   }
@@ -126,7 +131,7 @@ void AutostartDirectories::makeNewest(const std::string& name) const {
     return;
   }
   const std::array<timespec, 2> times{timespec{0, UTIME_OMIT}, after(users.back().modified)};
-  utimensat(AT_FDCWD, (users_ + "/" + name).c_str(), times.data(), 0);
+  utimensat(AT_FDCWD, pathIn(users_, name).c_str(), times.data(), 0);
 }
 
 }  // namespace vendril

@@ -68,7 +68,7 @@ std::optional<DesktopEntry> DesktopEntry::parse(const std::string& bytes) {
 
 std::optional<std::string> DesktopEntry::name() const {
   constexpr const char* kName = G_KEY_FILE_DESKTOP_KEY_NAME;
-  const std::optional<std::string> text = take(
+  std::optional<std::string> text = take(
       g_key_file_get_locale_string(file_.get(), G_KEY_FILE_DESKTOP_GROUP, kName, nullptr, nullptr));
   if (text) {
     return text;

@@ -93,11 +93,11 @@ std::optional<std::string> findExecutable(const std::string& program) {
                                                              : std::nullopt;
   }
   const char* path = std::getenv("PATH");
-  for (std::string directory : splitNonEmpty(path != nullptr ? path : "", ':')) {
-    while (directory.ends_with('/')) {
-      directory.pop_back();
+  for (std::string candidate : splitNonEmpty(path != nullptr ? path : "", ':')) {
+    while (candidate.ends_with('/')) {
+      candidate.pop_back();
     }
-    std::string candidate = directory + "/" + program;
+    candidate.append("/").append(program);
     if (candidate.starts_with('/') && isExecutable(candidate)) {
       return candidate;
     }

@@ -109,10 +109,9 @@ class Lines {
   std::string* keyLine() { return keyLines_.empty() ? nullptr : &lines_[keyLines_.back()]; }
 
   void removeKeyLines() {
-    for (auto index = keyLines_.rbegin(); index != keyLines_.rend(); ++index) {
-      lines_.erase(lines_.begin() + static_cast<std::ptrdiff_t>(*index));
+    for (const std::size_t index : keyLines_) {
+      lines_[index].clear();
     }
-    keyLines_.clear();
   }
 
   /// Adds a line for the key at the end of its group, and the group at the end of the list when it

@@ -4,7 +4,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <thread>
 #include <vector>
 
 #include "platform/freedesktop/DirectoryLock.h"
@@ -298,6 +297,10 @@ struct Situation {
   std::optional<std::string> expected;
 };
 
+void PrintTo(const Situation& situation, std::ostream* out) {
+  *out << situation.name;
+}
+
 class DefaultHandler : public LaunchServicesOfTheDesktop,
                        public testing::WithParamInterface<Situation> {};
 
@@ -409,17 +412,6 @@ class ParallelRegistration : public LaunchServicesOfTheDesktop {
     files_.mimeApps(kUsersList);
   }
 };
-
-TEST_F(ParallelRegistration, OfManyThreadsLosesNothing) {
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kCount; ++i) {
-    threads.emplace_back([i] { EXPECT_EQ(registerOurs(scheme(i)), LaunchServices::kSuccess); });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
-  expectAllRegistered();
-}
 
 TEST_F(ParallelRegistration, OfManyProcessesLosesNothing) {
   std::vector<pid_t> children;

@@ -166,6 +166,10 @@ struct Unresolvable {
   std::string error;
 };
 
+void PrintTo(const Unresolvable& entry, std::ostream* out) {
+  *out << entry.name;
+}
+
 class UnresolvableItem : public AutostartLoginItemsOfTheDesktop,
                          public testing::WithParamInterface<Unresolvable> {};
 
