@@ -143,9 +143,8 @@ class Lines {
   }
 
   void addGroup() {
-    std::string end = "\n";
+    const std::string end(lines_.empty() ? std::string_view("\n") : lineEndOf(lines_.back()));
     if (!lines_.empty()) {
-      end = lineEndOf(lines_.back());
       if (!lines_.back().ends_with('\n')) {
         lines_.back() += end;
       }
