@@ -13,7 +13,7 @@ namespace vendril {
 inline constexpr const char* kApplicationInterface = "org.freedesktop.Application";
 
 /// The path at which the application with this bus name offers that interface, as the desktop entry
-/// specification derives it.
+/// standard derives it.
 std::string applicationObjectPath(const std::string& busName);
 
 /// The application's object on the bus. `Open` delivers each URI, byte for byte, as a URL event and
