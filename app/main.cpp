@@ -15,10 +15,12 @@ int main(int argc, char** argv) {
     return ZQN5ProtocolHandler::supportedURLSchemes(bundle);
   });
   Host::install(&host);
-  const auto delegate = std::make_shared<ZQN5VendrilAppDelegate>();
+  auto delegate = std::make_shared<ZQN5VendrilAppDelegate>();
   const int status = host.application().main(argc, argv, *delegate);
   // The outcome of every request is logged while the delegate and the log are still there.
   host.finishRequests();
   delegate->setOperationQueue(nullptr);
+  delegate.reset();
+  Host::install(nullptr);
   return status;
 }

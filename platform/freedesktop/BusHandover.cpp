@@ -21,6 +21,9 @@ GVariant* openParameters(const std::vector<std::string>& links) {
 }
 
 Handover outcomeOf(const GErrorSlot& error) {
+  if (error.matches(G_IO_ERROR, G_IO_ERROR_CLOSED)) {
+    return Handover::busGone;
+  }
   const bool ownerGone = error.matches(G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN) ||
                          error.matches(G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER) ||
                          error.matches(G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY);

@@ -14,6 +14,8 @@ enum class Handover {
   done,
   /// It ended before it answered; nobody may have seen the links.
   ownerGone,
+  /// The bus ended; nobody may have seen the links.
+  busGone,
   /// It does not answer, or refuses.
   unanswered
 };

@@ -27,13 +27,6 @@ std::string refusalOf(const Url& url) {
   return kUnsupportedUrl + (scheme.empty() ? ": no scheme" : " scheme: " + scheme);
 }
 
-void readFile(const Url& url, std::size_t maxSize, OperationQueue& queue,
-              RequestCompletion completion) {
-  auto shared = std::make_shared<RequestCompletion>(std::move(completion));
-  queue.addOperation(
-      [url, maxSize, shared = std::move(shared)] { respondWithLocalFile(url, maxSize, *shared); });
-}
-
 }  // namespace
 
 void CurlUrlConnection::prepareProcess() {
@@ -48,11 +41,13 @@ CurlUrlConnection::~CurlUrlConnection() = default;
 void CurlUrlConnection::sendAsynchronousRequest(UrlRequest request,
                                                 std::shared_ptr<OperationQueue> queue,
                                                 CompletionHandler handler) {
-  RequestCompletion completion(queue, std::move(handler));
+  if (request.url && hasScheme(request.url->absoluteString(), "file")) {
+    respondWithLocalFile(*request.url, limits_.maxBodySize, *queue, std::move(handler));
+    return;
+  }
+  RequestCompletion completion(std::move(queue), std::move(handler));
   if (!request.url) {
     completion.fail(kUnsupportedUrl);
-  } else if (hasScheme(request.url->absoluteString(), "file")) {
-    readFile(*request.url, limits_.maxBodySize, *queue, std::move(completion));
   } else if (auto origin = httpOrigin(*request.url)) {
     send(std::make_unique<CurlTransfer>(std::move(request), std::move(*origin),
                                         std::move(completion)));

@@ -97,6 +97,9 @@ DesktopApplication::Role DesktopApplication::findRole(SessionBus& bus,
     if (handover == Handover::done) {
       return Role::handedOver;
     }
+    if (handover == Handover::busGone) {
+      return Role::first;
+    }
     if (handover == Handover::unanswered || steady_clock::now() >= end) {
       log_.write("The running process does not answer");
       return Role::unanswered;

@@ -1,18 +1,12 @@
 #include "platform/freedesktop/HttpOrigin.h"
 
-#include <glib.h>
-
-#include <algorithm>
 #include <string_view>
+#include <utility>
+
+#include "platform/AsciiCase.h"
 
 namespace vendril {
 namespace {
-
-std::string lowerCase(std::string_view text) {
-  std::string result(text);
-  std::transform(result.begin(), result.end(), result.begin(), g_ascii_tolower);
-  return result;
-}
 
 /// Splits "host:port"; the host may be an IP literal in brackets.
 std::pair<std::string_view, std::string_view> hostAndPort(std::string_view text) {
@@ -27,7 +21,7 @@ std::pair<std::string_view, std::string_view> hostAndPort(std::string_view text)
 }  // namespace
 
 std::optional<std::string> httpOrigin(const Url& url) {
-  const std::string scheme = lowerCase(url.scheme());
+  const std::string scheme = asciiLowercase(url.scheme());
   std::string_view rest = std::string_view(url.absoluteString()).substr(scheme.size());
   if ((scheme != "http" && scheme != "https") || !rest.starts_with("://")) {
     return std::nullopt;
@@ -40,7 +34,8 @@ std::optional<std::string> httpOrigin(const Url& url) {
     return std::nullopt;
   }
   const std::string_view defaultPort = scheme == "http" ? "80" : "443";
-  return scheme + "://" + lowerCase(host) + ":" + std::string(port.empty() ? defaultPort : port);
+  return scheme + "://" + asciiLowercase(host) + ":" +
+         std::string(port.empty() ? defaultPort : port);
 }
 
 }  // namespace vendril

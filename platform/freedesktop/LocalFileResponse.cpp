@@ -8,6 +8,10 @@
 #include <optional>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
+
+#include "platform/freedesktop/FileDescriptor.h"
+#include "platform/freedesktop/RequestCompletion.h"
 
 namespace vendril {
 namespace {
@@ -15,19 +19,6 @@ namespace {
 std::runtime_error systemError(const std::string& path) {
   return std::runtime_error(path + ": " + std::generic_category().message(errno));
 }
-
-class FileDescriptor {
- public:
-  explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
-  FileDescriptor(const FileDescriptor&) = delete;
-  FileDescriptor& operator=(const FileDescriptor&) = delete;
-  ~FileDescriptor() { close(descriptor_); }
-
-  int get() const { return descriptor_; }
-
- private:
-  int descriptor_;
-};
 
 /// Opening a pipe or a device may wait or have effects of its own, so it is looked at first, and
 /// opened in a way that does not wait if it was exchanged in between.
@@ -69,19 +60,33 @@ std::string contentsOf(const std::string& path, std::size_t maxSize) {
   return contents;
 }
 
-}  // namespace
-
-void respondWithLocalFile(const Url& url, std::size_t maxSize, RequestCompletion& completion) {
+std::string contentsOf(const Url& url, std::size_t maxSize) {
   const std::optional<std::string> path = url.fileSystemPath();
   if (!path || path->find('\0') != std::string::npos) {
-    completion.fail("The URL names no file of this machine");
+    throw std::runtime_error("The URL names no file of this machine");
+  }
+  return contentsOf(*path, maxSize);
+}
+
+void answer(const Url& url, std::size_t maxSize, const UrlConnection::CompletionHandler& handler) {
+  std::string contents;
+  try {
+    contents = contentsOf(url, maxSize);
+  } catch (const std::runtime_error& error) {
+    handler(std::nullopt, std::nullopt, makeUrlError(error.what()));
     return;
   }
-  try {
-    completion.succeed(UrlResponse{}, contentsOf(*path, maxSize));
-  } catch (const std::runtime_error& error) {
-    completion.fail(error.what());
-  }
+  handler(UrlResponse{}, std::move(contents), std::nullopt);
+}
+
+}  // namespace
+
+// The operation does not hold the queue: whoever lets go of the queue last waits for its
+// operations, and that must not be one of them.
+void respondWithLocalFile(const Url& url, std::size_t maxSize, OperationQueue& queue,
+                          UrlConnection::CompletionHandler handler) {
+  queue.addOperation(
+      [url, maxSize, handler = std::move(handler)] { answer(url, maxSize, handler); });
 }
 
 }  // namespace vendril

@@ -7,6 +7,12 @@
 
 namespace vendril {
 
+UrlError makeUrlError(std::string description) {
+  std::replace_if(
+      description.begin(), description.end(), [](char c) { return g_ascii_iscntrl(c) != 0; }, ' ');
+  return {std::move(description)};
+}
+
 RequestCompletion::RequestCompletion(std::shared_ptr<OperationQueue> queue,
                                      UrlConnection::CompletionHandler handler)
     : queue_(std::move(queue)), handler_(std::move(handler)) {}
@@ -22,9 +28,7 @@ void RequestCompletion::succeed(UrlResponse response, std::string data) {
 }
 
 void RequestCompletion::fail(std::string description) {
-  std::replace_if(
-      description.begin(), description.end(), [](char c) { return g_ascii_iscntrl(c) != 0; }, ' ');
-  report(std::nullopt, std::nullopt, UrlError{std::move(description)});
+  report(std::nullopt, std::nullopt, makeUrlError(std::move(description)));
 }
 
 void RequestCompletion::report(std::optional<UrlResponse> response, std::optional<std::string> data,

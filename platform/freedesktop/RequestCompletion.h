@@ -7,6 +7,9 @@
 
 namespace vendril {
 
+/// An error whose description is one line: control characters turn into blanks.
+UrlError makeUrlError(std::string description);
+
 /// The end of one request: runs its handler on its queue, exactly once. When it is destroyed before
 /// anything was reported, the request has been cancelled, and it reports that. Movable; belongs to
 /// one thread at a time.
@@ -19,7 +22,6 @@ class RequestCompletion {
   ~RequestCompletion();
 
   void succeed(UrlResponse response, std::string data);
-  /// `description` becomes one line: its control characters turn into blanks.
   void fail(std::string description);
 
  private:
