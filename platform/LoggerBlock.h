@@ -7,7 +7,8 @@
 
 namespace vendril {
 
-/// Takes one message, already formatted. An empty block is an absent one: it logs nothing.
+/// Takes one message, already formatted. An empty block is an absent one: it logs nothing. A block
+/// never replaces itself where it is kept while it runs.
 using LoggerBlock = std::function<void(std::string_view message)>;
 
 /// Formats a message and hands it to `block`; does neither when the block is absent.

@@ -56,9 +56,17 @@ std::optional<std::string> xmlText(const PropertyList::Dictionary& root) {
   return parseDictionary(text) ? std::optional<std::string>(text) : std::nullopt;
 }
 
+/// XML may begin with a byte order mark, which says nothing in UTF-8.
+std::string_view withoutByteOrderMark(std::string_view bytes) {
+  constexpr std::string_view kMark = "\xEF\xBB\xBF";
+  const bool isMarked = bytes.starts_with(kMark) && bytes.substr(kMark.size()).starts_with('<');
+  return isMarked ? bytes.substr(kMark.size()) : bytes;
+}
+
 }  // namespace
 
 std::optional<PropertyList::Dictionary> parseDictionary(std::string_view bytes) {
+  bytes = withoutByteOrderMark(bytes);
   const std::optional<PlistFormat> format = acceptedPlistFormat(bytes);
   const PlistPtr root = format ? parse(bytes, *format) : nullptr;
   return root ? dictionaryFromPlist(root.get()) : std::nullopt;

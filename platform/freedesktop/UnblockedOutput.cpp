@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <string>
 
 namespace vendril {
@@ -47,22 +48,23 @@ UnblockedOutput::~UnblockedOutput() {
 }
 
 void UnblockedOutput::write(std::string_view record) noexcept {
-  if (descriptor_ == kNoDescriptor || (mayBlock_ && !waitForRoom())) {
+  if (descriptor_ == kNoDescriptor) {
     return;
   }
-  if (torn_.load(std::memory_order_relaxed) && put("\n") == 1) {
-    torn_.store(false, std::memory_order_relaxed);
+  if (torn_.load(std::memory_order_relaxed) && putAll("\n") > 0) {
+    return;
   }
   const std::size_t left = putAll(record);
-  if (left > 0 && left < record.size()) {
-    torn_.store(true, std::memory_order_relaxed);
-  }
+  torn_.store(left > 0 && left < record.size(), std::memory_order_relaxed);
 }
 
 // Returns the number of bytes that found no room.
 std::size_t UnblockedOutput::putAll(std::string_view bytes) noexcept {
   while (!bytes.empty()) {
-    const ssize_t count = put(bytes);
+    if (mayBlock_ && !waitForRoom()) {
+      break;
+    }
+    const ssize_t count = put(mayBlock_ ? bytes.substr(0, PIPE_BUF) : bytes);
     if (count >= 0) {
       bytes.remove_prefix(static_cast<std::size_t>(count));
       stuck_.store(false, std::memory_order_relaxed);

@@ -31,7 +31,8 @@ class UnblockedOutput {
   int descriptor_;
   bool owned_ = false;
   bool socket_ = false;
-  /// A write waits for the reader, so look before whether there is room.
+  /// A write waits for the reader, so look before each piece of PIPE_BUF bytes, for which there is
+  /// room then.
   bool mayBlock_ = false;
   /// The reader has let a whole wait pass; it gets no other until it takes something.
   std::atomic<bool> stuck_ = false;

@@ -297,6 +297,13 @@ TEST_F(PropertyListFilesOnDisk, ReadsBothFormats) {
   EXPECT_EQ(read(), (Dictionary{{"k", false}}));
 }
 
+TEST_F(PropertyListFilesOnDisk, ReadsXmlBehindAByteOrderMark) {
+  writeBytes(path_, "\xEF\xBB\xBF" + xmlPlistWith("<true/>"));
+  EXPECT_EQ(read(), (Dictionary{{"k", true}}));
+  writeBytes(path_, "\xEF\xBB\xBF" + binaryPlistWith({"\x08"}));
+  EXPECT_EQ(read(), std::nullopt);
+}
+
 TEST_F(PropertyListFilesOnDisk, ReadsNothingFromWhatIsNoReadableRegularFile) {
   EXPECT_EQ(read(), std::nullopt);
   fs::create_symlink("missing", path_);

@@ -2,11 +2,13 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <optional>
 #include <string>
 
 #include "support/UniqueFd.h"
@@ -42,6 +44,22 @@ std::string drain(const UniqueFd& fd) {
   }
   return text;
 }
+
+/// Lets no descriptor be opened while it lives.
+class NoMoreDescriptors {
+ public:
+  NoMoreDescriptors() {
+    ::getrlimit(RLIMIT_NOFILE, &before_);
+    const rlimit none{0, before_.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+  }
+  NoMoreDescriptors(const NoMoreDescriptors&) = delete;
+  NoMoreDescriptors& operator=(const NoMoreDescriptors&) = delete;
+  ~NoMoreDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before_); }
+
+ private:
+  rlimit before_{};
+};
 
 class UnblockedOutputTest : public testing::TestWithParam<Ends (*)()> {};
 
@@ -89,6 +107,31 @@ TEST_P(UnblockedOutputTest, ReaderThatHasGoneIsNoTrouble) {
   ends.read.reset();
   output.write("x");
   std::signal(SIGPIPE, SIG_DFL);
+}
+
+TEST(UnblockedOutputThatCannotBeReopened, WritesRecordsInTheirOrder) {
+  const Ends ends = makePipe();
+  std::optional<UnblockedOutput> output;
+  {
+    const NoMoreDescriptors none;
+    output.emplace(ends.write.get());
+  }
+  output->write("one\n");
+  output->write(std::string(10'000, 'x') + "\n");
+  EXPECT_EQ(drain(ends.read), "one\n" + std::string(10'000, 'x') + "\n");
+}
+
+TEST(UnblockedOutputThatCannotBeReopened, NeverBlocksOnALargeRecordThatNobodyReads) {
+  const Ends ends = makePipe();
+  std::optional<UnblockedOutput> output;
+  {
+    const NoMoreDescriptors none;
+    output.emplace(ends.write.get());
+  }
+  output->write(std::string(1'000'000, 'x') + "\n");
+  const std::string cut = drain(ends.read);
+  EXPECT_GT(cut.size(), 0U);
+  EXPECT_LT(cut.size(), 1'000'000U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, UnblockedOutputTest, testing::Values(makePipe, makeSocketPair));
