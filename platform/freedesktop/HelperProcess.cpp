@@ -50,7 +50,7 @@ PipeTail::~PipeTail() {
 }
 
 bool PipeTail::collect() {
-  std::array<char, kPipeCapacity> bytes;
+  std::array<char, kPipeCapacity> bytes{};
   GErrorSlot error;
   const gssize count = g_pollable_input_stream_read_nonblocking(stream_.get(), bytes.data(),
                                                                 bytes.size(), nullptr, error.out());

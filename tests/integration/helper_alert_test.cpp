@@ -78,6 +78,7 @@ TEST_F(HelperAlertRun, AnUnknownAnswerIsAnotherResult) {
   for (const char* script : {"echo 1001", "echo ' 1000'", "echo 10000", "printf 1000",
                              "echo 1000; echo 1000", "head -c 100000 /dev/zero; echo 1000", ":"}) {
     EXPECT_EQ(run(script), Alert::kAbortReturn) << script;
+    ASSERT_FALSE(log().empty()) << script;
     EXPECT_THAT(log().back(), EndsWith("the helper's answer is none that is known")) << script;
   }
   EXPECT_EQ(log().size(), 7U);

@@ -8,7 +8,7 @@ namespace vendril {
 namespace {
 
 constexpr unsigned kPollIntervalMs = 50;
-constexpr unsigned kPatienceSeconds = 60;
+constexpr unsigned kPatienceMs = 60000;
 
 using Step = std::function<bool()>;
 
@@ -33,10 +33,12 @@ std::filesystem::path makePrivateDirectory() {
 const std::string AlertFixture::kRealHelper =
     std::string(VENDRIL_BUILD_DIR) + "/libexec/vendril/vendril-alert";
 
-AlertFixture::AlertFixture()
-    : home_(makePrivateDirectory()),
-      termination_(g_cancellable_new()),
-      watchdog_(g_timeout_add_seconds(kPatienceSeconds, patienceIsOver, this)) {
+AlertFixture::AlertFixture() : home_(makePrivateDirectory()), termination_(g_cancellable_new()) {
+  callEvery(kPatienceMs, [this] {
+    ADD_FAILURE() << "what the test waits for has not come; " << state();
+    terminate();
+    return true;
+  });
   for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME",
                            "XDG_STATE_HOME", "XDG_RUNTIME_DIR"}) {
     setEnvironment(name, home_.string());
@@ -53,7 +55,6 @@ AlertFixture::AlertFixture()
 }
 
 AlertFixture::~AlertFixture() {
-  g_source_remove(watchdog_);
   for (const auto& [name, value] : savedEnvironment_) {
     value ? setenv(name.c_str(), value->c_str(), 1) : unsetenv(name.c_str());
   }
@@ -80,14 +81,14 @@ std::unique_ptr<HelperAlert> AlertFixture::makeAlert(const std::string& helperPa
 }
 
 void AlertFixture::pollInMainLoop(std::function<bool()> step) {
-  g_timeout_add_full(G_PRIORITY_DEFAULT, kPollIntervalMs, takeStep, new Step(std::move(step)),
-                     deleteStep);
+  callEvery(kPollIntervalMs, std::move(step));
 }
 
-gboolean AlertFixture::patienceIsOver(gpointer self) {
-  ADD_FAILURE() << "what the test waits for has not come";
-  static_cast<AlertFixture*>(self)->terminate();
-  return G_SOURCE_CONTINUE;
+void AlertFixture::callEvery(unsigned milliseconds, std::function<bool()> step) {
+  GSource* source = g_timeout_source_new(milliseconds);
+  g_source_set_callback(source, takeStep, new Step(std::move(step)), deleteStep);
+  g_source_attach(source, nullptr);
+  sources_.emplace_back(source);
 }
 
 void ShownAlertFixture::SetUp() {
@@ -96,6 +97,13 @@ void ShownAlertFixture::SetUp() {
   }
   display_.emplace(home().string());
   setEnvironment("DISPLAY", display_->name());
+}
+
+std::string ShownAlertFixture::state() {
+  const bool drawn = display().picture().centre(isButtonColour).has_value();
+  return "active window: \"" + display().activeWindowTitle() +
+         "\", button drawn: " + (drawn ? "yes" : "no") +
+         ", alerts acted on: " + std::to_string(actions_);
 }
 
 std::unique_ptr<HelperAlert> ShownAlertFixture::makeEnglishAlert() {
@@ -113,6 +121,7 @@ void ShownAlertFixture::whenAlertHasFocus(std::function<void()> act) {
     if (display().activeWindowTitle() != "Vendril" || !display().picture().centre(isButtonColour)) {
       return false;
     }
+    ++actions_;
     act();
     return true;
   });

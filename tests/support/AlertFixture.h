@@ -47,17 +47,28 @@ class AlertFixture : public ::testing::Test {
   /// Asks every run of an alert to end, as a terminating application does.
   void terminate() { g_cancellable_cancel(termination_.get()); }
 
-  /// Calls `step` from the main loop, again and again, until it returns true.
-  static void pollInMainLoop(std::function<bool()> step);
+  /// What a test that waits in vain prints.
+  virtual std::string state() { return "no display"; }
+
+  /// Calls `step` from the main loop, again and again, until it returns true or the test is over.
+  void pollInMainLoop(std::function<bool()> step);
 
  private:
-  static gboolean patienceIsOver(gpointer self);
+  /// Detaches a source from the main loop and gives it back.
+  struct DestroySource {
+    void operator()(GSource* source) const {
+      g_source_destroy(source);
+      g_source_unref(source);
+    }
+  };
+
+  void callEvery(unsigned milliseconds, std::function<bool()> step);
 
   std::filesystem::path home_;
   std::map<std::string, std::optional<std::string>> savedEnvironment_;
   AlertLog log_;
   GObjectPtr<GCancellable> termination_;
-  guint watchdog_;
+  std::vector<std::unique_ptr<GSource, DestroySource>> sources_;
 };
 
 /// Alerts that the real helper shows on a virtual display. The test is skipped where a program for
@@ -66,6 +77,8 @@ class ShownAlertFixture : public AlertFixture {
  protected:
   void SetUp() override;
   void TearDown() override { display_.reset(); }
+
+  std::string state() override;
 
   VirtualDisplay& display() { return *display_; }
 
@@ -77,6 +90,7 @@ class ShownAlertFixture : public AlertFixture {
 
  private:
   std::optional<VirtualDisplay> display_;
+  int actions_ = 0;
 };
 
 /// The colours of the alert: its button's, its icon's, and its background's in the light style.

@@ -1,13 +1,10 @@
 #include "support/VirtualDisplay.h"
 
-#include <array>
 #include <cctype>
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
+#include <filesystem>
 #include <fstream>
-#include <initializer_list>
-#include <iterator>
 #include <stdexcept>
 #include <thread>
 
@@ -55,20 +52,25 @@ std::string readDisplayNumber(GSubprocess* server) {
 class WindowDump {
  public:
   explicit WindowDump(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    bytes_.assign(std::istreambuf_iterator<char>(file), {});
+    bytes_.resize(std::filesystem::file_size(path));
+    std::ifstream(path, std::ios::binary)
+        .read(bytes_.data(), static_cast<std::streamsize>(bytes_.size()));
     if (bytes_.size() < kFields * 4 || field(kDepth) != 24 || field(kBitsPerPixel) != 32) {
       throw std::runtime_error("Xvfb keeps its screen in an unknown form");
     }
   }
 
   ScreenPicture picture() const {
-    ScreenPicture picture{static_cast<int>(field(kWidth)), static_cast<int>(field(kHeight)), {}};
+    const std::size_t width = field(kWidth);
+    const std::size_t height = field(kHeight);
+    ScreenPicture picture{static_cast<int>(width), static_cast<int>(height), {}};
+    picture.pixels.reserve(width * height);
     const std::size_t start = field(kHeaderSize) + field(kColours) * 12;
-    for (std::size_t y = 0; y < field(kHeight); ++y) {
-      for (std::size_t x = 0; x < field(kWidth); ++x) {
+    const std::size_t lineLength = field(kBytesPerLine);
+    for (std::size_t y = 0; y < height; ++y) {
+      for (std::size_t x = 0; x < width; ++x) {
         // The least significant byte comes first: blue, green, red.
-        const std::size_t pixel = start + y * field(kBytesPerLine) + x * 4;
+        const std::size_t pixel = start + y * lineLength + x * 4;
         picture.pixels.push_back({byte(pixel + 2), byte(pixel + 1), byte(pixel)});
       }
     }
@@ -101,7 +103,7 @@ class WindowDump {
 
 }  // namespace
 
-int ScreenPicture::count(const Matcher& matches) const {
+int ScreenPicture::count(Matcher matches) const {
   int number = 0;
   for (const Pixel& pixel : pixels) {
     number += matches(pixel) ? 1 : 0;
@@ -109,7 +111,7 @@ int ScreenPicture::count(const Matcher& matches) const {
   return number;
 }
 
-std::optional<ScreenPoint> ScreenPicture::centre(const Matcher& matches) const {
+std::optional<ScreenPoint> ScreenPicture::centre(Matcher matches) const {
   long number = 0;
   long sumX = 0;
   long sumY = 0;
@@ -143,7 +145,9 @@ VirtualDisplay::VirtualDisplay(const std::string& directory) : directory_(direct
                                           "-fbdir", directory_.c_str()});
   name_ = ":" + readDisplayNumber(server_.get());
   g_subprocess_launcher_setenv(launcher.get(), "DISPLAY", name_.c_str(), TRUE);
-  windowManager_ = startProcess(launcher.get(), {"openbox"});
+  // The last thing that openbox does at its start.
+  const std::string sign = "touch " + directory_ + "/managed";
+  windowManager_ = startProcess(launcher.get(), {"openbox", "--startup", sign.c_str()});
   awaitWindowManager();
 }
 
@@ -157,9 +161,8 @@ void VirtualDisplay::breakDown() {
 }
 
 void VirtualDisplay::awaitWindowManager() const {
-  // Only a window manager sets the number of the current desktop.
   const auto deadline = std::chrono::steady_clock::now() + kStartTimeout;
-  while (xdotool({"get_desktop"}).empty()) {
+  while (!std::filesystem::exists(directory_ + "/managed")) {
     if (std::chrono::steady_clock::now() > deadline) {
       throw std::runtime_error("openbox does not manage " + name_);
     }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,15 +22,15 @@ struct ScreenPicture {
     std::uint8_t green = 0;
     std::uint8_t blue = 0;
   };
-  using Matcher = std::function<bool(Pixel)>;
+  using Matcher = bool (*)(Pixel);
 
   int width = 0;
   int height = 0;
   std::vector<Pixel> pixels;
 
-  int count(const Matcher& matches) const;
+  int count(Matcher matches) const;
   /// The mean place of the pixels that match; nothing when fewer than a hundred do.
-  std::optional<ScreenPoint> centre(const Matcher& matches) const;
+  std::optional<ScreenPoint> centre(Matcher matches) const;
 };
 
 /// An X server without a screen, with a window manager, for as long as it lives. Its programs are
