@@ -11,22 +11,21 @@
 namespace vendril {
 namespace {
 
-/// Gives the calling thread the decimal point of the "C" locale for as long as it lives: libplist
-/// reads real numbers in the thread's locale.
+/// Gives the calling thread the "C" locale, with its decimal point, for as long as it lives:
+/// libplist reads real numbers in the thread's locale.
 class NeutralNumbers {
  public:
-  NeutralNumbers()
-      : neutral_(newlocale(LC_NUMERIC_MASK, "C", duplocale(uselocale(nullptr)))),
-        previous_(uselocale(neutral_)) {}
+  NeutralNumbers() : previous_(uselocale(neutralLocale())) {}
   NeutralNumbers(const NeutralNumbers&) = delete;
   NeutralNumbers& operator=(const NeutralNumbers&) = delete;
-  ~NeutralNumbers() {
-    uselocale(previous_);
-    freelocale(neutral_);
-  }
+  ~NeutralNumbers() { uselocale(previous_); }
 
  private:
-  locale_t neutral_;
+  static locale_t neutralLocale() {
+    static const locale_t kLocale = newlocale(LC_ALL_MASK, "C", nullptr);
+    return kLocale;
+  }
+
   locale_t previous_;
 };
 
