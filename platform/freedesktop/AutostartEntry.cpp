@@ -1,5 +1,7 @@
 #include "platform/freedesktop/AutostartEntry.h"
 
+#include <utility>
+
 #include "platform/freedesktop/DesktopExec.h"
 #include "platform/freedesktop/GlibPtr.h"
 
@@ -10,11 +12,22 @@ constexpr const char* kGroup = G_KEY_FILE_DESKTOP_GROUP;
 constexpr const char* kHideOnLaunchKey = "X-LoginItem-HideOnLaunch";
 constexpr const char* kRemovedKey = "X-LoginItem-Removed";
 
+/// What the entry says, with its comments and translations; null when it does not parse. GKeyFile
+/// would give what stands in front of the error.
 GKeyFilePtr parseAll(const std::string& text) {
   GKeyFilePtr file(g_key_file_new());
   constexpr auto kAll =
       static_cast<GKeyFileFlags>(G_KEY_FILE_KEEP_COMMENTS | G_KEY_FILE_KEEP_TRANSLATIONS);
-  g_key_file_load_from_data(file.get(), text.data(), text.size(), kAll, nullptr);
+  const bool parses =
+      g_key_file_load_from_data(file.get(), text.data(), text.size(), kAll, nullptr) != FALSE;
+  return parses ? std::move(file) : nullptr;
+}
+
+/// An application of which nothing else is known.
+GKeyFilePtr emptyEntry() {
+  GKeyFilePtr file(g_key_file_new());
+  g_key_file_set_string(file.get(), kGroup, G_KEY_FILE_DESKTOP_KEY_TYPE,
+                        G_KEY_FILE_DESKTOP_TYPE_APPLICATION);
   return file;
 }
 
@@ -35,11 +48,10 @@ void setProgram(const GKeyFilePtr& file, const AutostartEntryContent& content) {
 }  // namespace
 
 std::string newAutostartEntry(const AutostartEntryContent& content) {
-  const GKeyFilePtr file(g_key_file_new());
+  const GKeyFilePtr file = emptyEntry();
   const auto set = [&file](const char* key, const std::string& value) {
     g_key_file_set_string(file.get(), kGroup, key, value.c_str());
   };
-  set(G_KEY_FILE_DESKTOP_KEY_TYPE, G_KEY_FILE_DESKTOP_TYPE_APPLICATION);
   set(G_KEY_FILE_DESKTOP_KEY_NAME, content.name);
   set(G_KEY_FILE_DESKTOP_KEY_ICON, content.icon);
   set(G_KEY_FILE_DESKTOP_KEY_TERMINAL, "false");
@@ -48,15 +60,22 @@ std::string newAutostartEntry(const AutostartEntryContent& content) {
   return textOf(file);
 }
 
-std::string withProgram(const std::string& entry, const AutostartEntryContent& content) {
+std::optional<std::string> withProgram(const std::string& entry,
+                                       const AutostartEntryContent& content) {
   const GKeyFilePtr file = parseAll(entry);
+  if (!file) {
+    return std::nullopt;
+  }
   g_key_file_remove_key(file.get(), kGroup, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC, nullptr);
   setProgram(file, content);
   return textOf(file);
 }
 
 std::string asRemoved(const std::string& entry) {
-  const GKeyFilePtr file = parseAll(entry);
+  GKeyFilePtr file = parseAll(entry);
+  if (!file) {
+    file = emptyEntry();
+  }
   g_key_file_set_boolean(file.get(), kGroup, G_KEY_FILE_DESKTOP_KEY_HIDDEN, 1);
   g_key_file_set_boolean(file.get(), kGroup, kRemovedKey, 1);
   return textOf(file);

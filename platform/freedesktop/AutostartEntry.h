@@ -21,11 +21,13 @@ struct AutostartEntryContent {
 /// The text of a new autostart entry.
 std::string newAutostartEntry(const AutostartEntryContent& content);
 
-/// The text of an entry, which has to parse, with the program of `content`. Everything else that it
-/// says stays, among it that it is switched off.
-std::string withProgram(const std::string& entry, const AutostartEntryContent& content);
+/// The text of an entry with the program of `content`. Everything else that it says stays, among it
+/// that it is switched off. Nothing when the entry does not parse.
+std::optional<std::string> withProgram(const std::string& entry,
+                                       const AutostartEntryContent& content);
 
-/// The text of an entry, which has to parse, as it stands for one that was removed.
+/// The text of an entry as it stands for one that was removed. Of an entry that does not parse
+/// nothing but that is kept.
 std::string asRemoved(const std::string& entry);
 
 /// True for an entry made by `asRemoved`. A user who switches an entry off makes no such entry.

@@ -168,7 +168,7 @@ std::optional<std::string> AutostartLoginItems::textUnder(
                            !file->entry->program().path;
   const std::optional<std::string> text =
       isAbandoned ? DesktopEntry::readText(file->path) : std::nullopt;
-  return text ? std::optional(withProgram(*text, content)) : std::nullopt;
+  return text ? withProgram(*text, content) : std::nullopt;
 }
 
 SessionLoginItems::Item AutostartLoginItems::write(const std::string& name,

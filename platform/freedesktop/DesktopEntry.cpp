@@ -13,24 +13,46 @@ namespace {
 /// Far above any entry with all its translations.
 constexpr std::size_t kLargestEntry = std::size_t{1} << 20U;
 
-/// The language in a line such as "Name[de]=..."; nothing when it has none.
+/// True for a key that GKeyFile takes in front of a language.
+bool isTranslatedKey(std::string_view key) {
+  constexpr std::string_view kNotInKey("]\0", 2);
+  return !key.empty() && g_ascii_isspace(key.back()) == 0 &&
+         key.find_first_of(kNotInKey) == key.npos;
+}
+
+/// True for a language of the letters that GKeyFile takes in one.
+bool isLanguage(std::string_view text) {
+  static constexpr std::string_view kMarks = "-_.@";
+  return std::all_of(text.begin(), text.end(), [](char c) {
+    return g_ascii_isalnum(c) != 0 || kMarks.find(c) != kMarks.npos;
+  });
+}
+
+/// The language in a line such as "Name[de]=..."; nothing when it has none, or is malformed.
 std::string_view languageOf(std::string_view line) {
   const std::size_t end = line.find("]=");
   const std::size_t begin = line.find('[');
-  return end != line.npos && begin != line.npos && begin > 0 && line.find('=') == end + 1
-             ? line.substr(begin + 1, end - begin - 1)
-             : std::string_view();
+  if (end == line.npos || begin > end || line.find('=') != end + 1) {
+    return {};
+  }
+  const std::string_view language = line.substr(begin + 1, end - begin - 1);
+  return isTranslatedKey(line.substr(0, begin)) && isLanguage(language) ? language
+                                                                        : std::string_view();
 }
 
 /// `text` without the translations into languages that the user does not read. GKeyFile leaves them
-/// out as well, but only after it has taken them apart: an entry may have hundreds of them.
+/// out as well, but only after it has taken them apart: an entry may have hundreds of them. A line
+/// for which GKeyFile rejects the whole text stays: a malformed one, and one in front of all
+/// groups.
 std::string withoutForeignTranslations(std::string_view text) {
   const gchar* const* languages = g_get_language_names();
   std::string result;
   result.reserve(text.size());
+  bool isInGroup = false;
   while (!text.empty()) {
     const std::string_view line = text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
-    const std::string language(languageOf(line));
+    isInGroup = isInGroup || line.starts_with('[');
+    const std::string language(isInGroup ? languageOf(line) : std::string_view());
     if (language.empty() || g_strv_contains(languages, language.c_str()) != FALSE) {
       result += line;
     }

@@ -323,6 +323,17 @@ TEST_F(AutostartLoginItemsOfTheDesktop, EntryWhoseProgramHasMovedIsHealedAndKeep
             desktopEntryText("My Vendril", bundle_.path, rest + "X-LoginItem-HideOnLaunch=true\n"));
 }
 
+TEST_F(AutostartLoginItemsOfTheDesktop, EntryWithAMalformedTranslationIsNotHealed) {
+  for (const std::string line : {"Comment [fr]=Salut\n", "Name[d e]=x\n", "a]b[fr]=x\n"}) {
+    const std::string text = "[Desktop Entry]\nType=Application\nName=Vendril\n" + line +
+                             "Exec=/old/vendril\nX-Mine=1\nHidden=true\n";
+    files_.autostart(kOwnName, text);
+    ASSERT_NE(insertOurs(), nullptr) << line;
+    EXPECT_EQ(readFile(users(kOwnName)), text);
+    EXPECT_TRUE(std::filesystem::remove(users(kSecondName))) << line;
+  }
+}
+
 TEST_F(AutostartLoginItemsOfTheDesktop, HealedEntryStaysSwitchedOff) {
   files_.autostart(kOwnName, desktopEntryText("Vendril", "/old/vendril", "Hidden=true\n"));
   ASSERT_FALSE(launchesOnLogin());
