@@ -1,15 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <vector>
 
-#include "platform/freedesktop/DirectoryLock.h"
-#include "platform/freedesktop/GioLaunchServices.h"
-#include "support/ChildProcess.h"
-#include "support/DesktopFiles.h"
+#include "support/LaunchServicesFixture.h"
 
 namespace vendril {
 namespace {
@@ -17,56 +12,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Optional;
-
-constexpr const char* kOurs = "com.brelto.vendril";
-constexpr const char* kMimeType = "MimeType=x-scheme-handler/vendril;\n";
-
-/// The list of a user who has had other tools write into it.
-constexpr const char* kUsersList =
-    "# my own list, do not touch\n"
-    "\n"
-    "[Default Applications]\n"
-    "# the browser\n"
-    "x-scheme-handler/http = browser.desktop;other.desktop\n"
-    "   text/html=browser.desktop\n"
-    "text/latin=\xE9\xE8.desktop\n"
-    "\n"
-    "image/png=viewer.desktop;\r\n"
-    "[Removed Associations]\n"
-    "text/plain=office.desktop;\n"
-    "[X-Tool]\n"
-    "key[de]=Schl\xC3\xBCssel\n"
-    "[Default Applications]\n"
-    "x-scheme-handler/https=browser.desktop\n"
-    "\n"
-    "# the end";
-
-class LaunchServicesOfTheDesktop : public testing::Test {
- protected:
-  std::filesystem::path listPath() const { return home_.config() / "mimeapps.list"; }
-  std::string list() const { return readFile(listPath()); }
-
-  static std::int32_t registerOurs(const std::string& scheme = "vendril") {
-    return GioLaunchServices().setDefaultHandlerForURLScheme(scheme, kOurs);
-  }
-  static std::optional<std::string> handler(const std::string& scheme = "vendril") {
-    return GioLaunchServices().copyDefaultHandlerForURLScheme(scheme);
-  }
-
-  /// The default handler that GIO finds when a process asks it for the first time.
-  static std::optional<std::string> gioHandler() {
-    ChildProcess gio({"gio", "mime", "x-scheme-handler/vendril"}, {{"LC_ALL", "C"}});
-    EXPECT_TRUE(gio.waitForExit().has_value());
-    const std::string line = gio.out().substr(0, gio.out().find('\n'));
-    return line.ends_with(".desktop")
-               ? std::optional(
-                     line.substr(line.rfind(' ') + 1, line.size() - line.rfind(' ') - 1 - 8))
-               : std::nullopt;
-  }
-
-  PrivateHome home_;
-  DesktopFiles files_{home_};
-};
 
 TEST_F(LaunchServicesOfTheDesktop, NoHandlerWithoutAnApplication) {
   EXPECT_EQ(handler(), std::nullopt);
@@ -391,60 +336,6 @@ TEST_F(LaunchServicesOfTheDesktop, ApplicationInASubdirectoryHasADashInItsIdenti
   EXPECT_EQ(GioLaunchServices().setDefaultHandlerForURLScheme("vendril", "vendor-sub-dir-app"),
             LaunchServices::kSuccess);
   EXPECT_EQ(handler(), "vendor-sub-dir-app");
-}
-
-class ParallelRegistration : public LaunchServicesOfTheDesktop {
- protected:
-  static constexpr int kCount = 40;
-
-  static std::string scheme(int number) { return "scheme" + std::to_string(number); }
-
-  void expectAllRegistered() {
-    for (int i = 0; i < kCount; ++i) {
-      EXPECT_EQ(handler(scheme(i)), kOurs) << scheme(i);
-    }
-    EXPECT_NE(list().find("x-scheme-handler/http = browser.desktop;other.desktop\n"),
-              std::string::npos);
-  }
-
-  void SetUp() override {
-    files_.application(kOurs);
-    files_.mimeApps(kUsersList);
-  }
-};
-
-TEST_F(ParallelRegistration, OfManyProcessesLosesNothing) {
-  std::vector<pid_t> children;
-  for (int i = 0; i < kCount; ++i) {
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-      _exit(registerOurs(scheme(i)) == LaunchServices::kSuccess ? 0 : 1);
-    }
-    children.push_back(child);
-  }
-  for (const pid_t child : children) {
-    int status = -1;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
-  }
-  expectAllRegistered();
-}
-
-TEST_F(ParallelRegistration, WaitsForALockOnlySoLong) {
-  using std::chrono::milliseconds;
-  const auto held = DirectoryLock::acquire(home_.config(), milliseconds(0));
-  ASSERT_TRUE(held);
-  EXPECT_FALSE(DirectoryLock::acquire(home_.config(), milliseconds(20)));
-}
-
-TEST_F(ParallelRegistration, LockLeavesNoFileBehind) {
-  ASSERT_EQ(registerOurs(), LaunchServices::kSuccess);
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(home_.config())) {
-    names.push_back(entry.path().filename());
-  }
-  EXPECT_THAT(names, ElementsAre("mimeapps.list"));
 }
 
 }  // namespace
