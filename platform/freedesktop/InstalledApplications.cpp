@@ -1,6 +1,9 @@
 #include "platform/freedesktop/InstalledApplications.h"
 
+#include <glib.h>
 #include <sys/stat.h>
+
+#include <algorithm>
 
 namespace vendril {
 namespace {
@@ -33,11 +36,13 @@ std::optional<std::string> findEntryFile(const std::string& directory, const std
   return std::nullopt;
 }
 
-/// An id cannot lead out of the directories.
+/// An id cannot lead out of the directories, and stands in a list as it is: it holds nothing that
+/// ends an element or a line there, or would have to be escaped.
 bool isDesktopFileId(const std::string& id) {
   constexpr std::string_view kSuffix = ".desktop";
-  return id.size() > kSuffix.size() && id.ends_with(kSuffix) && id.find('/') == std::string::npos &&
-         id.find('\0') == std::string::npos;
+  return id.size() > kSuffix.size() && id.ends_with(kSuffix) &&
+         id.find_first_of("/;\\") == std::string::npos &&
+         std::none_of(id.begin(), id.end(), [](char c) { return g_ascii_iscntrl(c) != 0; });
 }
 
 }  // namespace

@@ -11,7 +11,8 @@ namespace vendril {
 
 /// The applications that have a desktop entry below the XDG data directories. An application is
 /// named by its desktop file id: the path of the entry below "applications", ".desktop" included,
-/// with each "/" turned into a "-". Nothing is kept: every question reads the disk.
+/// with each "/" turned into a "-". No id has a ";", a "\" or a control character: a list could not
+/// hold it as it is. Nothing is kept: every question reads the disk.
 class InstalledApplications {
  public:
   /// Looks below "applications" in the data directories of `paths`.

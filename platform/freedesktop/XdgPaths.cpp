@@ -20,8 +20,9 @@ bool isAbsolute(const std::string& path) {
   return path.starts_with('/');
 }
 
+/// The root stays the root: an empty path would stand for a directory that is not known.
 std::string withoutSlashAtEnd(std::string path) {
-  while (path.ends_with('/')) {
+  while (path.size() > 1 && path.ends_with('/')) {
     path.pop_back();
   }
   return path;
@@ -42,18 +43,25 @@ std::string userDirectory(const char* name, const char* belowHome) {
     return withoutSlashAtEnd(directory);
   }
   const std::string home = homeDirectory();
-  return isAbsolute(home) ? home + belowHome : "";
+  if (!isAbsolute(home)) {
+    return "";
+  }
+  return home == "/" ? belowHome : home + belowHome;
 }
 
-std::vector<std::string> systemDirectories(const char* name, const char* otherwise) {
+std::vector<std::string> absoluteDirectories(const std::string& list) {
   std::vector<std::string> directories;
-  const std::string value = variable(name);
-  for (const std::string& directory : splitNonEmpty(value.empty() ? otherwise : value, ':')) {
+  for (const std::string& directory : splitNonEmpty(list, ':')) {
     if (isAbsolute(directory)) {
       directories.push_back(withoutSlashAtEnd(directory));
     }
   }
   return directories;
+}
+
+std::vector<std::string> systemDirectories(const char* name, const char* otherwise) {
+  std::vector<std::string> directories = absoluteDirectories(variable(name));
+  return directories.empty() ? absoluteDirectories(otherwise) : directories;
 }
 
 std::vector<std::string> lowerCaseDesktops() {

@@ -6,7 +6,8 @@
 namespace vendril {
 
 /// The directories and the desktops that the environment of a session names, by the rules of the
-/// XDG Base Directory standard. Every directory is absolute and has no slash at its end.
+/// XDG Base Directory standard. Every directory is absolute; none but the root has a slash at its
+/// end.
 struct XdgPaths {
   /// Where the user's configuration lies; empty when neither XDG_CONFIG_HOME nor a home directory
   /// is known.

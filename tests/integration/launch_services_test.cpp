@@ -102,6 +102,16 @@ TEST_F(LaunchServicesOfTheDesktop, UnknownApplicationIsRefusedAndNothingIsWritte
   EXPECT_FALSE(std::filesystem::exists(listPath()));
 }
 
+TEST_F(LaunchServicesOfTheDesktop, IdentifierThatNoListCanHoldAsItIsIsRefused) {
+  for (const std::string id : {"a;b", "a\\b", "a\nb", "a\rb", "a\tb", "a\x7F"}) {
+    files_.application(id);
+    EXPECT_EQ(GioLaunchServices().setDefaultHandlerForURLScheme("vendril", id),
+              LaunchServices::kApplicationNotFound)
+        << testing::PrintToString(id);
+  }
+  EXPECT_FALSE(std::filesystem::exists(listPath())) << list();
+}
+
 TEST_F(LaunchServicesOfTheDesktop, ConfigurationThatCannotBeWrittenIsAnUnknownError) {
   files_.application(kOurs);
   const auto file = home_.root() / "file";
