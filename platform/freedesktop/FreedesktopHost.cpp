@@ -15,9 +15,9 @@ namespace {
 /// Where the program that shows alerts is installed, seen from the directory of this one.
 constexpr const char* kAlertHelper = "../libexec/vendril/vendril-alert";
 
-/// One heap for the main thread and one for all others. The C library would give each thread its
-/// own, which costs a third of the memory that the resident process keeps to itself.
-constexpr int kHeaps = 2;
+/// One heap for all threads. The C library would give each its own, which costs a third of the
+/// memory that the resident process keeps to itself.
+constexpr int kHeaps = 1;
 
 std::string alertHelperPath(const Bundle& bundle) {
   const std::filesystem::path program = bundle.bundlePath();
