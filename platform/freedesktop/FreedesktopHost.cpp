@@ -1,7 +1,5 @@
 #include "platform/freedesktop/FreedesktopHost.h"
 
-#include <malloc.h>
-
 #include <filesystem>
 #include <utility>
 
@@ -14,10 +12,6 @@ namespace {
 
 /// Where the program that shows alerts is installed, seen from the directory of this one.
 constexpr const char* kAlertHelper = "../libexec/vendril/vendril-alert";
-
-/// One heap for all threads. The C library would give each its own, which costs a third of the
-/// memory that the resident process keeps to itself.
-constexpr int kHeaps = 1;
 
 std::string alertHelperPath(const Bundle& bundle) {
   const std::filesystem::path program = bundle.bundlePath();
@@ -40,7 +34,6 @@ FreedesktopHost::FreedesktopHost(int argc, char** argv, SchemeReader schemesOf)
       application_(systemLog_, urlEvents_, desktopId(bundle_),
                    [this, schemesOf = std::move(schemesOf)] { return schemesOf(bundle_); }),
       urlConnection_(std::make_unique<CurlUrlConnection>()) {
-  mallopt(M_ARENA_MAX, kHeaps);
   CurlUrlConnection::prepareProcess();
 }
 
