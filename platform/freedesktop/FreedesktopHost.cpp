@@ -35,6 +35,8 @@ FreedesktopHost::FreedesktopHost(int argc, char** argv, SchemeReader schemesOf)
                    [this, schemesOf = std::move(schemesOf)] { return schemesOf(bundle_); }),
       urlConnection_(std::make_unique<CurlUrlConnection>()) {
   CurlUrlConnection::prepareProcess();
+  // Most links lead to a request, whose libraries are loaded while the link is still being handled.
+  urlEvents_.setArrivalNotice([this] { urlConnection_->prepare(); });
 }
 
 std::shared_ptr<Alert> FreedesktopHost::makeAlert() {
