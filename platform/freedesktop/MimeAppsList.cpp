@@ -74,9 +74,11 @@ std::vector<std::string> MimeAppsList::applications(const char* group,
   return ids ? std::vector<std::string>(ids.get(), ids.get() + count) : std::vector<std::string>();
 }
 
-// Asked before each value as well: GKeyFile composes a translated error for one that is missing.
+// Asked before each value, and the group before the key: GKeyFile composes a translated error for
+// one that is missing.
 bool MimeAppsList::names(const char* group, const std::string& type) const {
-  return file_ && g_key_file_has_key(file_.get(), group, type.c_str(), nullptr) != FALSE;
+  return file_ && g_key_file_has_group(file_.get(), group) != FALSE &&
+         g_key_file_has_key(file_.get(), group, type.c_str(), nullptr) != FALSE;
 }
 
 }  // namespace vendril
