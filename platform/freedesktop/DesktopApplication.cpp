@@ -117,6 +117,9 @@ void DesktopApplication::watchSignals() {
 // The intake holds a single link until the launch is complete, so only the first may come earlier.
 void DesktopApplication::launch(ApplicationDelegate& delegate,
                                 const std::vector<std::string>& links) {
+  if (!links.empty()) {
+    events_.announce();
+  }
   delegate.applicationWillFinishLaunching();
   auto link = links.begin();
   if (link != links.end()) {

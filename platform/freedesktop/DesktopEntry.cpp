@@ -112,8 +112,9 @@ bool DesktopEntry::boolean(const char* key) const {
 }
 
 DesktopEntry::Program DesktopEntry::program() const {
-  if (const std::optional<std::string> error = tryExecError()) {
-    return {std::nullopt, *error};
+  const Trial trial = tryExec();
+  if (trial.error) {
+    return {std::nullopt, *trial.error};
   }
   const std::optional<std::string> exec = string(G_KEY_FILE_DESKTOP_KEY_EXEC);
   if (!exec) {
@@ -123,24 +124,31 @@ DesktopEntry::Program DesktopEntry::program() const {
   if (!named.program) {
     return {std::nullopt, fmt::format("Exec does not parse: {}", named.error)};
   }
-  const std::optional<std::string> path = findExecutable(*named.program);
+  // Most entries try the program that they start, which need not be looked for again.
+  const std::optional<std::string> path =
+      named.program == trial.program ? trial.path : findExecutable(*named.program);
   return {path, path ? "" : fmt::format("The program '{}' does not exist", *named.program)};
 }
 
 bool DesktopEntry::isInstalledApplication() const {
   const bool namesProgram = !string(G_KEY_FILE_DESKTOP_KEY_EXEC).value_or("").empty();
-  return isApplication() && (namesProgram ? program().path.has_value() : !tryExecError());
+  return isApplication() && (namesProgram ? program().path.has_value() : !tryExec().error);
 }
 
 bool DesktopEntry::has(const char* key) const {
   return g_key_file_has_key(file_.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr) != FALSE;
 }
 
-std::optional<std::string> DesktopEntry::tryExecError() const {
+DesktopEntry::Trial DesktopEntry::tryExec() const {
   const std::string tried = string(G_KEY_FILE_DESKTOP_KEY_TRY_EXEC).value_or("");
-  return tried.empty() || findExecutable(tried)
-             ? std::nullopt
-             : std::optional(fmt::format("The program '{}' of TryExec does not exist", tried));
+  if (tried.empty()) {
+    return {};
+  }
+  std::optional<std::string> path = findExecutable(tried);
+  if (!path) {
+    return {tried, path, fmt::format("The program '{}' of TryExec does not exist", tried)};
+  }
+  return {tried, std::move(path), std::nullopt};
 }
 
 }  // namespace vendril

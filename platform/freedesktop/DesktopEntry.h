@@ -52,8 +52,13 @@ class DesktopEntry {
 
   /// Asked before each value: GKeyFile composes a translated error for one that is missing.
   bool has(const char* key) const;
-  /// The error when `TryExec` names a program that does not exist.
-  std::optional<std::string> tryExecError() const;
+  /// The program that `TryExec` names, if it names one, and where it was found; else an error.
+  struct Trial {
+    std::optional<std::string> program;
+    std::optional<std::string> path;
+    std::optional<std::string> error;
+  };
+  Trial tryExec() const;
 
   GKeyFilePtr file_;
 };
