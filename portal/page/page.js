@@ -59,6 +59,7 @@ function showLink() {
   part("open").href = link;
   part("link").textContent = link;
   part("curl").textContent = curlText();
+  part("outcome").textContent = choices.querySelector("[name=answer]:checked").dataset.log;
   const hint = sessionHint();
   if (part("session-hint").textContent !== hint) {
     part("session-hint").textContent = hint;
