@@ -40,6 +40,12 @@ const httplib::Headers kHeaders{
     {"Cross-Origin-Resource-Policy", "same-origin"},
     {"Cache-Control", "no-store"}};
 
+/// The library's own choice, SO_REUSEPORT, would let two portals share a port without a word.
+void takePortAlone(socket_t socket) {
+  const int yes = 1;
+  ::setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+}
+
 /// The body, as far as it is not too large; nothing when it is, or when it breaks off.
 std::optional<std::string> readBody(const httplib::ContentReader& read) {
   std::string body;
@@ -82,6 +88,8 @@ Report reportOf(const httplib::Request& request, std::string body) {
 PortalServer::PortalServer(Settings settings, ReportBlock reportBlock)
     : settings_(std::move(settings)), reportBlock_(std::move(reportBlock)) {
   http_.new_task_queue = [] { return new httplib::ThreadPool(kThreads); };
+  http_.set_socket_options(takePortAlone);
+  http_.set_tcp_nodelay(true);
   http_.set_default_headers(kHeaders);
   http_.set_payload_max_length(kLargestBody);
   http_.set_pre_routing_handler(

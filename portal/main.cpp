@@ -20,6 +20,7 @@ struct Options {
   PortalServer::Settings settings;
   std::string answer = "200";
   int slowness = 10;
+  bool quiet = false;
 };
 
 void show(const Report& report) {
@@ -47,10 +48,11 @@ void declare(CLI::App& app, Options& options) {
   app.add_option("--slow", options.slowness, "How many seconds a slow answer takes")
       ->check(CLI::Range(1, 3600))
       ->capture_default_str();
+  app.add_flag("--quiet", options.quiet, "Print no reports, only the address");
 }
 
-int serve(const PortalServer::Settings& settings) {
-  PortalServer server(settings, show);
+int serve(const PortalServer::Settings& settings, const PortalServer::ReportBlock& reportBlock) {
+  PortalServer server(settings, reportBlock);
   if (!server.bind()) {
     std::cerr << "vendril-portal: cannot listen on 127.0.0.1 port " << settings.port << '\n';
     return 1;
@@ -70,7 +72,7 @@ int main(int argc, char** argv) try {
   CLI11_PARSE(app, argc, argv);
   options.settings.answer = *vendril::portal::parseAnswer(options.answer);
   options.settings.slowness = std::chrono::seconds(options.slowness);
-  return serve(options.settings);
+  return serve(options.settings, options.quiet ? [](const Report&) {} : show);
 } catch (const std::exception& error) {
   std::fprintf(stderr, "vendril-portal: %s\n", error.what());
   return 1;

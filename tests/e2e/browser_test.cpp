@@ -62,7 +62,7 @@ class BrowserTest : public ::testing::Test {
   }
 
   PortalProcess portal{InstalledAgent::prefix() + "/bin/vendril-portal",
-                       {"--slow", "1", "--text", "out of order"}};
+                       {"--slow", "1", "--text", "out of order", "--quiet"}};
   InstalledAgent agent;
   std::optional<VirtualDisplay> display;
   std::optional<Browser> browser;
