@@ -23,8 +23,8 @@ struct Answer {
   int status = 200;
 };
 
-/// The answer that a name asks for: "redirect", "slow", "reset" or a status from 200 to 599; nothing
-/// for any other text.
+/// The answer that a name asks for: "redirect", "slow", "reset" or a status from 200 to 599;
+/// nothing for any other text.
 std::optional<Answer> parseAnswer(std::string_view name);
 
 }  // namespace vendril::portal

@@ -99,10 +99,9 @@ PortalServer::PortalServer(Settings settings, ReportBlock reportBlock)
             [this](const auto& request, auto& response) { streamReports(request, response); });
   // The body is read here rather than by the library, which takes forms of 8 KiB at most and mixes
   // their fields with those of the address.
-  http_.Post(".*", [this](const httplib::Request& request, httplib::Response& response,
-                          const httplib::ContentReader& read) {
-    takeReport(request, response, read);
-  });
+  http_.Post(".*",
+             [this](const httplib::Request& request, httplib::Response& response,
+                    const httplib::ContentReader& read) { takeReport(request, response, read); });
 }
 
 void PortalServer::addPage() {
@@ -165,16 +164,15 @@ void PortalServer::takeReport(const httplib::Request& request, httplib::Response
   const std::optional<Answer> chosen = name.empty() ? settings_.answer : parseAnswer(name);
   Report report = reportOf(request, std::move(*body));
   report.answer = chosen ? describe(*chosen) : "status 400: there is no such answer";
-  report.successful =
-      chosen && chosen->kind != Answer::Kind::reset && chosen->status == kSuccess;
+  report.successful = chosen && chosen->kind != Answer::Kind::reset && chosen->status == kSuccess;
   reportBlock_(report);
   log_.add(std::move(report));
   if (chosen) {
     answer(request, response, *chosen);
   } else {
     response.status = kBadRequest;
-    response.set_content(
-        "answer has to be redirect, slow, reset or a status from 200 to 599\n", kPlainText);
+    response.set_content("answer has to be redirect, slow, reset or a status from 200 to 599\n",
+                         kPlainText);
   }
 }
 

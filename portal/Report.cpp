@@ -72,13 +72,13 @@ std::string currentTime() {
 }
 
 std::string toJson(const Report& report) {
-  const JsonPtr object(json_pack(
-      "{s:I, s:o, s:o, s:o, s:o, s:o, s:o, s:o, s:b}", "number",
-      static_cast<json_int_t>(report.number), "time", jsonText(report.time), "method",
-      jsonText(report.method), "target", jsonText(report.target), "headers",
-      jsonPairs(report.headers), "fields", jsonPairs(decodeFormBody(report.body)), "body",
-      jsonText(report.body), "answer", jsonText(report.answer), "successful",
-      static_cast<int>(report.successful)));
+  const JsonPtr object(json_pack("{s:I, s:o, s:o, s:o, s:o, s:o, s:o, s:o, s:b}", "number",
+                                 static_cast<json_int_t>(report.number), "time",
+                                 jsonText(report.time), "method", jsonText(report.method), "target",
+                                 jsonText(report.target), "headers", jsonPairs(report.headers),
+                                 "fields", jsonPairs(decodeFormBody(report.body)), "body",
+                                 jsonText(report.body), "answer", jsonText(report.answer),
+                                 "successful", static_cast<int>(report.successful)));
   const JsonText text(json_dumps(object.get(), JSON_COMPACT));
   if (!text) {
     throw std::bad_alloc();

@@ -3,9 +3,12 @@
 namespace vendril::portal {
 namespace {
 
+std::string withPort(std::string host, int port) {
+  return host.append(":").append(std::to_string(port));
+}
+
 bool isOurs(const std::string& host, int port) {
-  const std::string suffix = ":" + std::to_string(port);
-  return host == "127.0.0.1" + suffix || host == "localhost" + suffix;
+  return host == withPort("127.0.0.1", port) || host == withPort("localhost", port);
 }
 
 bool isFromAnotherSite(const Provenance& provenance) {

@@ -80,14 +80,16 @@ TEST_P(BrowserScheme, ClickOnALinkStartsTheAgentWhoseReportAppearsOnThePage) {
   EXPECT_THAT(browser->text(std::string(kNewestReport) + " .client"),
               HasSubstr("Brelto Orvanta 4.0"));
   EXPECT_THAT(browser->text(std::string(kNewestReport) + " .body"), HasSubstr("command=set_data"));
-  EXPECT_TRUE(agent.waitForActivatedLog("sent with HTTP status code: 200"))
-      << agent.activatedLog();
+  EXPECT_TRUE(agent.waitForActivatedLog("sent with HTTP status code: 200")) << agent.activatedLog();
 }
 
 TEST_F(BrowserTest, EveryAnswerOnThePageIsGivenAndLoggedAsThePageSays) {
-  for (const auto& [answer, badge] : {std::pair("204", "status 204"), {"500", "status 500"},
-                                      {"redirect", "status 302"}, {"slow", "status 200 after 1 s"},
-                                      {"reset", "connection reset"}, {"200", "status 200"}}) {
+  for (const auto& [answer, badge] : {std::pair("204", "status 204"),
+                                      {"500", "status 500"},
+                                      {"redirect", "status 302"},
+                                      {"slow", "status 200 after 1 s"},
+                                      {"reset", "connection reset"},
+                                      {"200", "status 200"}}) {
     browser->click("#new-session");
     browser->click("input[value='" + std::string(answer) + "']");
     const std::string session = browser->evaluate("document.getElementById('session').value");
@@ -132,8 +134,8 @@ TEST_F(BrowserTest, MarkupInAReportIsShownAsText) {
   const std::string markup = "<img src=x onerror=document.title='broken'><b id=injected>b</b>";
   httplib::Client client("127.0.0.1", portal.port());
   ASSERT_TRUE(client.Post("/report?" + markup, {{"X-Odd", markup}},
-                          "session_id=" + markup + "&data={\"" + markup + "\":\"" + markup + "\"}&" +
-                              markup + "=" + markup,
+                          "session_id=" + markup + "&data={\"" + markup + "\":\"" + markup +
+                              "\"}&" + markup + "=" + markup,
                           markup));
   ASSERT_TRUE(browser->waitForText("#list", "Session " + markup)) << browser->text("body");
   EXPECT_THAT(browser->text(std::string(kNewestReport) + " .client"), HasSubstr(markup));

@@ -46,7 +46,8 @@ class PortalGuide : public ::testing::Test {
     EXPECT_TRUE(runMainLoopUntil([&] {
       static_cast<void>(agent.waitForActivatedLog("never written", std::chrono::milliseconds(10)));
       return agent.activatedLog().find(tail, start) != std::string::npos;
-    })) << "for " << link << "\nexpected " << tail << "\ngot " << agent.activatedLog().substr(start);
+    })) << "for "
+        << link << "\nexpected " << tail << "\ngot " << agent.activatedLog().substr(start);
   }
 
   const std::string guide = readFile(VENDRIL_SOURCE_DIR "/docs/portal-guide.md");
@@ -91,8 +92,7 @@ TEST_F(PortalGuide, EveryAnswerIsLoggedAsTheGuideSays) {
 }
 
 TEST_F(PortalGuide, EveryMistakeLeavesTheLineThatTheGuideNames) {
-  const auto rows =
-      tableAfter(guide, "## Mistakes, and the line that each one leaves in the log");
+  const auto rows = tableAfter(guide, "## Mistakes, and the line that each one leaves in the log");
   ASSERT_GE(rows.size(), kFewestRows);
   for (const auto& row : rows) {
     ASSERT_THAT(row, SizeIs(3));

@@ -117,16 +117,15 @@ TEST_F(PracticePortal, AddressWithoutAnAnswerGetsTheUsualOne) {
 
 TEST_F(PracticePortal, ReportIsStreamedWithItsDecodedFieldsAndItsRawBody) {
   post("/report?session_id=4711");
-  EXPECT_THAT(
-      eventsUntil("\n\n"),
-      AllOf(StartsWith("id: 1\nevent: report\ndata: {\"number\":1,"),
-            HasSubstr(R"("method":"POST","target":"/report?session_id=4711")"),
-            HasSubstr(R"(["Content-Type","application/x-www-form-urlencoded"])"),
-            HasSubstr(R"("fields":[["data","{\"appName\":\"x\"}"],["session_id","4711"],)"
-                      R"(["command","set_data"]])"),
-            HasSubstr(R"("body":"data=%7B%22appName%22:%22x%22%7D&session_id=4711&)"
-                      R"(command=set_data")"),
-            Not(HasSubstr("REMOTE_ADDR"))));
+  EXPECT_THAT(eventsUntil("\n\n"),
+              AllOf(StartsWith("id: 1\nevent: report\ndata: {\"number\":1,"),
+                    HasSubstr(R"("method":"POST","target":"/report?session_id=4711")"),
+                    HasSubstr(R"(["Content-Type","application/x-www-form-urlencoded"])"),
+                    HasSubstr(R"("fields":[["data","{\"appName\":\"x\"}"],["session_id","4711"],)"
+                              R"(["command","set_data"]])"),
+                    HasSubstr(R"("body":"data=%7B%22appName%22:%22x%22%7D&session_id=4711&)"
+                              R"(command=set_data")"),
+                    Not(HasSubstr("REMOTE_ADDR"))));
 }
 
 TEST_F(PracticePortal, ReportThatArrivesLaterReachesAnOpenStream) {
@@ -146,12 +145,13 @@ TEST_F(PracticePortal, ReturningReaderGetsOnlyWhatItHasNotSeen) {
 TEST_F(PracticePortal, ReportIsPrintedToo) {
   PortalProcess printing(kProgram);
   httplib::Client("127.0.0.1", printing.port()).Post("/report?answer=500", kBody, kForm);
-  EXPECT_TRUE(printing.process().waitForOut("POST /report?answer=500\n"
-                                          "  Content-Type: application/x-www-form-urlencoded\n"
-                                          "  data = {\"appName\":\"x\"}\n"
-                                          "  session_id = 4711\n"
-                                          "  command = set_data\n"
-                                          "  answer: status 500\n\n"))
+  EXPECT_TRUE(
+      printing.process().waitForOut("POST /report?answer=500\n"
+                                    "  Content-Type: application/x-www-form-urlencoded\n"
+                                    "  data = {\"appName\":\"x\"}\n"
+                                    "  session_id = 4711\n"
+                                    "  command = set_data\n"
+                                    "  answer: status 500\n\n"))
       << printing.process().out();
 }
 
@@ -161,8 +161,8 @@ TEST_F(PracticePortal, EveryFileOfThePageForbidsForeignContent) {
     ASSERT_TRUE(answer) << path;
     EXPECT_EQ(answer->status, 200) << path;
     EXPECT_THAT(answer->get_header_value("Content-Security-Policy"),
-                AllOf(StartsWith("default-src 'none'; script-src 'self';"), Not(HasSubstr("unsafe")),
-                      Not(HasSubstr("http"))))
+                AllOf(StartsWith("default-src 'none'; script-src 'self';"),
+                      Not(HasSubstr("unsafe")), Not(HasSubstr("http"))))
         << path;
     EXPECT_EQ(answer->get_header_value("X-Content-Type-Options"), "nosniff") << path;
     EXPECT_THAT(answer->body, Not(HasSubstr("https://"))) << path;
@@ -235,9 +235,10 @@ TEST_F(PracticePortal, StreamsBeyondTheBoundAreRefused) {
           [](const char*, std::size_t) { return true; });
     });
   }
-  EXPECT_TRUE(runMainLoopUntil(
-      [&] { return open == portal::PortalServer::kMostStreams && refused == 1; }))
-      << open << " open, " << refused << " refused";
+  EXPECT_TRUE(runMainLoopUntil([&] {
+    return open == portal::PortalServer::kMostStreams && refused == 1;
+  })) << open
+      << " open, " << refused << " refused";
   portal.process().signal(SIGTERM);
 }
 
@@ -272,9 +273,8 @@ TEST_F(PracticePortal, EachTerminationSignalEndsItAtOnceWhateverIsOpen) {
     PortalProcess other(kProgram, {"--slow", "3600"});
     httplib::Client listener("127.0.0.1", other.port());
     httplib::Client sender("127.0.0.1", other.port());
-    std::jthread stream([&] {
-      listener.Get("/events", [](const char*, std::size_t) { return true; });
-    });
+    std::jthread stream(
+        [&] { listener.Get("/events", [](const char*, std::size_t) { return true; }); });
     std::jthread slow([&] { sender.Post("/report?answer=slow", "session_id=slow", kForm); });
     ASSERT_TRUE(other.process().waitForOut("session_id = slow"));
     other.process().signal(signal);
@@ -283,9 +283,11 @@ TEST_F(PracticePortal, EachTerminationSignalEndsItAtOnceWhateverIsOpen) {
 }
 
 TEST_F(PracticePortal, OptionsThatMakeNoSenseAreRefused) {
-  for (const std::vector<std::string>& arguments :
-       {std::vector<std::string>{"--answer", "100"}, {"--answer", "maybe"}, {"--port", "70000"},
-        {"--slow", "0"}, {"--unknown"}}) {
+  for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--answer", "100"},
+                                                    {"--answer", "maybe"},
+                                                    {"--port", "70000"},
+                                                    {"--slow", "0"},
+                                                    {"--unknown"}}) {
     std::vector<std::string> command{kProgram};
     command.insert(command.end(), arguments.begin(), arguments.end());
     ChildProcess process(command);

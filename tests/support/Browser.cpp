@@ -46,8 +46,8 @@ std::string textOf(const json_t* value) {
 /// The driver in namespaces where the browser's policies are those in `policies` and where every
 /// process ends with the driver.
 std::vector<std::string> driverCommand(const std::string& policies) {
-  std::vector<std::string> command{"unshare", "--mount",      "--pid", "--fork",
-                                   "--kill-child", "--mount-proc"};
+  std::vector<std::string> command{"unshare", "--mount",      "--pid",
+                                   "--fork",  "--kill-child", "--mount-proc"};
   if (::geteuid() != 0) {
     command.insert(command.end(), {"--user", "--map-root-user"});
   }
@@ -68,8 +68,7 @@ int portOf(ChildProcess& driver) {
   if (!driver.waitForOut(kAnnouncement) || !driver.waitForOut(".\n")) {
     throw std::runtime_error("chromedriver does not start: " + driver.out() + driver.err());
   }
-  return std::stoi(
-      driver.out().substr(driver.out().find(kAnnouncement) + kAnnouncement.size()));
+  return std::stoi(driver.out().substr(driver.out().find(kAnnouncement) + kAnnouncement.size()));
 }
 
 /// No sandbox, because it cannot be had as root; and nothing that talks to the world outside.
@@ -134,9 +133,9 @@ void Browser::open(const std::string& url) {
 }
 
 std::string Browser::element(const std::string& selector) {
-  const Json found = parse(command("/element", write(Json(json_pack("{s:s, s:s}", "using",
-                                                                    "css selector", "value",
-                                                                    selector.c_str())))));
+  const Json found = parse(command(
+      "/element",
+      write(Json(json_pack("{s:s, s:s}", "using", "css selector", "value", selector.c_str())))));
   return "/element/" + textOf(json_object_get(found.get(), kElementKey));
 }
 
@@ -158,9 +157,9 @@ std::string Browser::execute(const std::string& function,
   for (const std::string& argument : arguments) {
     json_array_append_new(values.get(), json_string(argument.c_str()));
   }
-  const Json value = parse(command("/execute/sync", write(Json(json_pack("{s:s, s:O}", "script",
-                                                                         function.c_str(), "args",
-                                                                         values.get())))));
+  const Json value = parse(command(
+      "/execute/sync",
+      write(Json(json_pack("{s:s, s:O}", "script", function.c_str(), "args", values.get())))));
   return textOf(value.get());
 }
 

@@ -10,8 +10,8 @@ namespace vendril {
 /// A practice portal that a test runs, on a port of its own.
 class PortalProcess {
  public:
-  /// Starts `program` with `arguments` and waits until it listens; throws std::runtime_error when it
-  /// does not.
+  /// Starts `program` with `arguments` and waits until it listens; throws std::runtime_error when
+  /// it does not.
   PortalProcess(const std::string& program, const std::vector<std::string>& arguments = {});
 
   int port() const { return port_; }

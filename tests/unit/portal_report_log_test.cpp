@@ -59,7 +59,8 @@ TEST(PortalReportLog, LargeReportsAreKeptUpToABoundOfBytes) {
   for (int i = 0; i < 4; ++i) {
     log.add(reportWith(large));
   }
-  EXPECT_EQ(log.next(0, kAtOnce)->number, 3U) << "the body and its field take a fifth each, so that two reports fit";
+  EXPECT_EQ(log.next(0, kAtOnce)->number, 3U)
+      << "the body and its field take a fifth each, so that two reports fit";
 }
 
 TEST(PortalReportLog, LatestReportStaysHoweverLargeItIs) {

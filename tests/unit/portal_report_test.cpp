@@ -60,8 +60,8 @@ TEST(PortalReport, TextHasNoControlCharacters) {
 }
 
 TEST(PortalReport, TimeIsInUtcWithMilliseconds) {
-  EXPECT_TRUE(std::regex_match(currentTime(),
-                               std::regex(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z)")))
+  EXPECT_TRUE(
+      std::regex_match(currentTime(), std::regex(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z)")))
       << currentTime();
 }
 
