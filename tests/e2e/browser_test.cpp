@@ -130,6 +130,21 @@ TEST_F(BrowserTest, KeyboardAloneOpensALink) {
   expectReportOf(browser->evaluate("document.getElementById('session').value"));
 }
 
+TEST_F(BrowserTest, EveryControlHasANameForAScreenReader) {
+  browser->click("#open");
+  expectReportOf(browser->evaluate("document.getElementById('session').value"));
+  browser->click("summary");
+  const int controls = std::stoi(browser->evaluate(
+      "[...document.querySelectorAll('a, button, input, summary, [tabindex=\"0\"]')]"
+      ".map((control, index) => control.dataset.control = index).length"));
+  EXPECT_GT(controls, 15);
+  for (int control = 0; control < controls; ++control) {
+    const std::string selector = "[data-control='" + std::to_string(control) + "']";
+    EXPECT_NE(browser->accessibleName(selector), "")
+        << browser->evaluate("document.querySelector(\"" + selector + "\").outerHTML");
+  }
+}
+
 TEST_F(BrowserTest, MarkupInAReportIsShownAsText) {
   const std::string markup = "<img src=x onerror=document.title='broken'><b id=injected>b</b>";
   httplib::Client client("127.0.0.1", portal.port());

@@ -87,6 +87,18 @@ std::string capabilities(const PrivateHome& home) {
                               "goog:chromeOptions", "args", arguments.get())));
 }
 
+/// The JSON text of the value that the driver answered with.
+std::string valueOf(const std::string& path, const httplib::Result& result) {
+  if (!result) {
+    throw std::runtime_error(path + ": " + httplib::to_string(result.error()));
+  }
+  if (result->status != 200) {
+    throw std::runtime_error(path + ": " + result->body);
+  }
+  const Json answer = parse(result->body);
+  return write(Json(json_incref(json_object_get(answer.get(), "value"))));
+}
+
 }  // namespace
 
 std::optional<std::string> Browser::missingProgram() {
@@ -116,16 +128,11 @@ Browser::~Browser() {
 }
 
 std::string Browser::command(const std::string& path, const std::string& body) const {
-  const httplib::Result result =
-      client_->Post(session_ + path, body, "application/json; charset=utf-8");
-  if (!result) {
-    throw std::runtime_error(path + ": " + httplib::to_string(result.error()));
-  }
-  if (result->status != 200) {
-    throw std::runtime_error(path + ": " + result->body);
-  }
-  const Json answer = parse(result->body);
-  return write(Json(json_incref(json_object_get(answer.get(), "value"))));
+  return valueOf(path, client_->Post(session_ + path, body, "application/json; charset=utf-8"));
+}
+
+std::string Browser::query(const std::string& path) const {
+  return valueOf(path, client_->Get(session_ + path));
 }
 
 void Browser::open(const std::string& url) {
@@ -167,6 +174,11 @@ std::string Browser::text(const std::string& selector) {
   return execute("return document.querySelector(arguments[0])?.innerText ?? ''", {selector});
 }
 
+std::string Browser::accessibleName(const std::string& selector) {
+  const Json name = parse(query(element(selector) + "/computedlabel"));
+  return textOf(name.get());
+}
+
 std::string Browser::evaluate(const std::string& expression) {
   return execute("return String(" + expression + ")", {});
 }
@@ -198,12 +210,8 @@ void Browser::resizeTo(int width, int height) {
 }
 
 void Browser::saveScreenshot(const std::string& path) {
-  const httplib::Result result = client_->Get(session_ + "/screenshot");
-  if (!result || result->status != 200) {
-    throw std::runtime_error("no screenshot can be taken");
-  }
-  const Json answer = parse(result->body);
-  const std::string encoded = textOf(json_object_get(answer.get(), "value"));
+  const Json picture = parse(query("/screenshot"));
+  const std::string encoded = textOf(picture.get());
   gsize size = 0;
   guchar* const bytes = g_base64_decode(encoded.c_str(), &size);
   std::ofstream(path, std::ios::binary)

@@ -41,6 +41,8 @@ class Browser {
   std::string text(const std::string& selector);
   /// The value of a JavaScript expression as text.
   std::string evaluate(const std::string& expression);
+  /// What a screen reader calls an element.
+  std::string accessibleName(const std::string& selector);
   /// Waits until the text of an element is or holds `expected`; false at the deadline.
   [[nodiscard]] bool waitForText(const std::string& selector, const std::string& expected);
 
@@ -59,6 +61,7 @@ class Browser {
   std::string element(const std::string& selector);
   std::string execute(const std::string& function, const std::vector<std::string>& arguments);
   std::string command(const std::string& path, const std::string& body) const;
+  std::string query(const std::string& path) const;
 
   ChildProcess driver_;
   std::unique_ptr<httplib::Client> client_;
