@@ -8,11 +8,12 @@ id=${VENDRIL_ID:?}
 version=${VENDRIL_VERSION:?}
 read -ra schemes <<<"${VENDRIL_SCHEMES:?}"
 program=$prefix/bin/vendril
+tool=$prefix/bin/vendrilctl
 entry=$prefix/share/applications/$id.desktop
 bus_service=$prefix/share/dbus-1/services/$id.service
 unit=$prefix/share/systemd/user/$id.service
 metainfo=$prefix/share/metainfo/$id.metainfo.xml
-manual=$prefix/share/man/man1/vendril.1.gz
+manuals=$prefix/share/man/man1
 icons=$prefix/share/icons/hicolor
 
 # The value of the key $2 in the file $1. The keys used here occur once in their files.
@@ -80,18 +81,37 @@ TheMetainfoNamesTheVersionAndEveryScheme() {
   done
 }
 
-TheManualRendersWithoutWarnings() {
+TheManualsRenderWithoutWarnings() {
+  local page
   make_scratch_directory
-  zcat "$manual" >"$scratch/vendril.1"
-  assert_silent_success 'the manual' groff -man -ww -b -z -Tutf8 -rLL=80n "$scratch/vendril.1"
+  for page in vendril vendrilctl; do
+    zcat "$manuals/$page.1.gz" >"$scratch/$page.1"
+    assert_silent_success "the manual $page" \
+      groff -man -ww -b -z -Tutf8 -rLL=80n "$scratch/$page.1"
+  done
 }
 
-TheManualNamesTheVersionAndEveryScheme() {
-  local text scheme
-  text=$(zcat "$manual" | groff -man -Tascii -P-cbou)
-  assert_contains manual "Vendril $version" "$text"
-  for scheme in "${schemes[@]}"; do
-    assert_contains manual "$scheme" "$text"
+TheManualsNameTheVersionAndEveryScheme() {
+  local page text scheme
+  for page in vendril vendrilctl; do
+    text=$(zcat "$manuals/$page.1.gz" | groff -man -Tascii -P-cbou)
+    assert_contains "manual $page" "Vendril $version" "$text"
+    for scheme in "${schemes[@]}"; do
+      assert_contains "manual $page" "$scheme" "$text"
+    done
+  done
+}
+
+TheManualOfTheToolNamesEveryCommandAndOption() {
+  local text word words
+  text=$(zcat "$manuals/vendrilctl.1.gz" | groff -man -Tascii -P-cbou)
+  words=$(for command in '' open report config login-item log; do
+    # shellcheck disable=SC2086
+    "$tool" $command --help
+  done | grep --only-matching --extended-regexp '^  [a-z][a-z-]+|--[a-z-]+' | sort --unique)
+  assert_contains 'the words of the help' update-version "$words"
+  for word in $words; do
+    assert_contains 'manual of the tool' "$word" "$text"
   done
 }
 
@@ -111,7 +131,8 @@ NoPlaceholderIsLeft() {
 
 NothingButTheProgramsFilesIsInstalled() {
   local strangers
-  strangers=$(find "$prefix" -type f ! -name "$id.*" ! -name 'vendril*' ! -name mimeinfo.cache)
+  strangers=$(find "$prefix" -type f ! -name "$id.*" ! -name 'vendril*' ! -name _vendrilctl \
+    ! -name mimeinfo.cache)
   assert_equal 'files of other names' '' "$strangers"
 }
 
@@ -124,6 +145,18 @@ APrefixThatCannotStandInAnEntryIsRefused() {
     fi
     assert_contains "the refusal of '$bad'" 'cannot stand in a desktop' "$output"
     [[ ! -e $scratch/$bad ]] || fail "something was installed in '$bad'"
+  done
+}
+
+TheToolIsOfTheSameVersion() {
+  assert_contains 'vendrilctl --version' "vendrilctl $version" "$("$tool" --version)"
+}
+
+TheCompletionsLieWhereTheShellsLook() {
+  local file
+  for file in bash-completion/completions/vendrilctl fish/vendor_completions.d/vendrilctl.fish \
+    zsh/site-functions/_vendrilctl; do
+    [[ -f $prefix/share/$file ]] || fail "there is no $prefix/share/$file"
   done
 }
 

@@ -34,9 +34,11 @@ ItDependsOnTheLibrariesThatTheProgramIsLinkedWith() {
 ItLaysOutTheApplicationInUsr() {
   local file all
   all=$(contents)
-  for file in bin/vendril "share/applications/$id.desktop" "share/dbus-1/services/$id.service" \
+  for file in bin/vendril bin/vendrilctl "share/applications/$id.desktop" "share/dbus-1/services/$id.service" \
     "lib/systemd/user/$id.service" "share/metainfo/$id.metainfo.xml" \
     "share/icons/hicolor/scalable/apps/$id.svg" share/man/man1/vendril.1.gz \
+    share/man/man1/vendrilctl.1.gz share/bash-completion/completions/vendrilctl \
+    share/zsh/vendor-completions/_vendrilctl share/fish/vendor_completions.d/vendrilctl.fish \
     share/doc/vendril/copyright share/doc/vendril/changelog.Debian.gz; do
     assert_contains contents " ./usr/$file" "$all"
   done
