@@ -8,7 +8,7 @@
 #include <regex>
 
 #include "platform/Date.h"
-#include "platform/freedesktop/LogRecord.h"
+#include "tools/Text.h"
 
 namespace vendril::tools {
 namespace {
@@ -74,8 +74,7 @@ std::string lineText(const LogLine& line) {
     text += " vendril[" + line.process + "]";
   }
   text += text.empty() ? "\t" : " ";
-  appendLogText(text, line.message);
-  return text + "\n";
+  return text + printableLines(line.message) + "\n";
 }
 
 }  // namespace vendril::tools

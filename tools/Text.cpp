@@ -13,11 +13,11 @@
 namespace vendril::tools {
 namespace {
 
-/// What a log keeps and a single line must not: line breaks, and the marks of Unicode's
-/// bidirectional algorithm, with which a text can show itself in another order than it has.
-constexpr std::array<std::string_view, 13> kAlsoEscaped{
-    "\n",     "\u061C", "\u200E", "\u200F", "\u202A", "\u202B", "\u202C",
-    "\u202D", "\u202E", "\u2066", "\u2067", "\u2068", "\u2069"};
+/// The marks of Unicode's bidirectional algorithm, with which a text can show itself in another
+/// order than it has. A log keeps them.
+constexpr std::array<std::string_view, 12> kMarks{"\u061C", "\u200E", "\u200F", "\u202A",
+                                                  "\u202B", "\u202C", "\u202D", "\u202E",
+                                                  "\u2066", "\u2067", "\u2068", "\u2069"};
 
 void appendEscaped(std::string& out, std::string_view bytes) {
   for (const char byte : bytes) {
@@ -27,9 +27,9 @@ void appendEscaped(std::string& out, std::string_view bytes) {
 
 /// The mark at the start of `text`; empty when there is none.
 std::string_view markAt(std::string_view text) {
-  const auto found = std::find_if(kAlsoEscaped.begin(), kAlsoEscaped.end(),
+  const auto found = std::find_if(kMarks.begin(), kMarks.end(),
                                   [text](std::string_view mark) { return text.starts_with(mark); });
-  return found != kAlsoEscaped.end() ? *found : std::string_view();
+  return found != kMarks.end() ? *found : std::string_view();
 }
 
 bool isBareWord(std::string_view text) {
@@ -62,7 +62,7 @@ bool isDumbTerminal() {
 
 }  // namespace
 
-std::string printable(std::string_view text) {
+std::string printableLines(std::string_view text) {
   std::string result;
   std::size_t plain = 0;
   for (std::size_t i = 0; i < text.size();) {
@@ -78,6 +78,19 @@ std::string printable(std::string_view text) {
   }
   appendLogText(result, text.substr(plain));
   return result;
+}
+
+std::string printable(std::string_view text) {
+  std::string result;
+  while (true) {
+    const std::size_t end = text.find('\n');
+    result += printableLines(text.substr(0, end));
+    if (end == std::string_view::npos) {
+      return result;
+    }
+    appendEscaped(result, "\n");
+    text.remove_prefix(end + 1);
+  }
 }
 
 std::string shellWord(std::string_view text) {
@@ -97,7 +110,7 @@ Style Style::ofStandardOutput() {
 }
 
 void Fields::add(std::string_view name, std::string_view value) {
-  fmt::format_to(std::back_inserter(text_), "{:<14}{}\n", name, printable(value));
+  fmt::format_to(std::back_inserter(text_), "{:<14}{}\n", printable(name), printable(value));
 }
 
 }  // namespace vendril::tools

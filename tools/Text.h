@@ -10,6 +10,9 @@ namespace vendril::tools {
 /// "\x" and two hexadecimal digits for each of their bytes.
 std::string printable(std::string_view text);
 
+/// The same for a text of several lines: each line break is followed by a tab.
+std::string printableLines(std::string_view text);
+
 /// `text` as one word of a shell command. Control characters and the like are escaped in the
 /// shell's own way, so the word is printable and still exact.
 std::string shellWord(std::string_view text);
@@ -25,7 +28,7 @@ struct Style {
   static Style ofStandardOutput();
 };
 
-/// "name    value" lines with the values in one column, each made printable.
+/// "name    value" lines with the values in one column; both are made printable.
 class Fields {
  public:
   void add(std::string_view name, std::string_view value);

@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "platform/Bundle.h"
-#include "platform/freedesktop/LogRecord.h"
 #include "tools/Commands.h"
 
 namespace vendril::tools {
@@ -56,7 +55,6 @@ void addLinkCommands(CLI::App& app, const Tool& tool, Request& request) {
 
 void addConfigurationCommands(CLI::App& app, const Tool& tool, Request& request) {
   CLI::App* config = app.add_subcommand("config", "The client's published configuration");
-  config->require_subcommand(1);
   config->add_subcommand("show", "Show what is in effect")->callback([&] {
     request.answer = [&] { return showConfiguration(tool); };
   });
@@ -81,7 +79,6 @@ void addRegistrationCommands(CLI::App& app, const Tool& tool, Request& request) 
   unregister->callback(
       [&] { request.answer = [&] { return unregisterSchemes(tool, request.schemes); }; });
   CLI::App* item = app.add_subcommand("login-item", "Whether the agent starts at login");
-  item->require_subcommand(1);
   item->add_subcommand("on", "Start it at login")->callback([&] {
     request.answer = [&] { return setLoginItem(tool, true); };
   });
@@ -106,9 +103,7 @@ void addLogCommand(CLI::App& app, const Tool& tool, Request& request) {
 
 void tellLog(const std::vector<std::string>& messages) {
   for (const std::string& message : messages) {
-    std::string line;
-    appendLogText(line, message);
-    std::fprintf(stderr, "%s\n", line.c_str());
+    std::fprintf(stderr, "%s\n", printableLines(message).c_str());
   }
 }
 
@@ -130,7 +125,8 @@ int run(int argc, char** argv, const Tool& tool) {
   Request request;
   CLI::App app("Looks after Vendril: tells whether meeting links arrive, and mends what is wrong.",
                "vendrilctl");
-  app.require_subcommand(1);
+  // One command at most: of a word that is none, the error then tells.
+  app.require_subcommand(0, 1);
   app.fallthrough();
   app.set_version_flag("--version", [&tool] {
     return "vendrilctl " + tool.host.bundle().infoString("CFBundleVersion").value_or("");
@@ -145,6 +141,9 @@ int run(int argc, char** argv, const Tool& tool) {
   addLogCommand(app, tool, request);
   try {
     app.parse(argc, argv);
+    if (!request.answer) {
+      throw CLI::RequiredError("A command");
+    }
     return request.follow ? followLog(tool, request.lines) : tell(request, request.answer());
   } catch (const CLI::Success& help) {
     return app.exit(help);

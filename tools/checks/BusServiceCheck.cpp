@@ -90,7 +90,7 @@ BusServiceFacts::Unit unitOf(const BusServiceFacts::Service& service, const XdgP
     return BusServiceFacts::Unit::missing;
   }
   std::error_code ignored;
-  const bool isMasked = fs::equivalent(*path, "/dev/null", ignored) ||
+  const bool isMasked = fs::canonical(*path, ignored) == "/dev/null" ||
                         (fs::is_regular_file(*path, ignored) && fs::is_empty(*path, ignored));
   return isMasked ? BusServiceFacts::Unit::masked : BusServiceFacts::Unit::found;
 }
