@@ -185,6 +185,18 @@ Delivery deliver(const std::string& id, const std::string& link, std::chrono::mi
                                           : failedHandover(answer, bus.canStart(id));
 }
 
+/// The agent gets the link here whoever is the scheme's default handler; a click does not.
+void addHandler(const Tool& tool, const std::string& scheme, Answer& answer) {
+  const auto handler = tool.host.launchServices().copyDefaultHandlerForURLScheme(scheme);
+  if (scheme.empty() || !handler) {
+    return;
+  }
+  answer.json.emplace_back("handler", *handler);
+  if (!ZQN5ProtocolHandler::sharedInstance().isRegisteredForURLScheme(scheme)) {
+    answer.text += "a click on such a link goes to " + printable(*handler) + " instead\n";
+  }
+}
+
 }  // namespace
 
 Answer explain(const Tool& tool, const std::string& link) {
@@ -234,6 +246,7 @@ Answer open(const Tool& tool, const std::string& link, std::chrono::milliseconds
   } else if (delivery.verdict != "foreign-scheme") {
     answer.text += fmt::format("what is wrong is shown by: {} status\n", tool.command);
   }
+  addHandler(tool, reading.scheme, answer);
   const bool isSent = reading.verdict == "would-send";
   answer.json.emplace_back("expected", reading.verdict);
   if (delivery.process && !isSent) {

@@ -57,6 +57,15 @@ TEST_F(ToolCommands, OpenStartsTheAgentAndTheReportArrives) {
   EXPECT_EQ(arrivedSessions(), (std::multiset<std::string>{"7", "8"}));
 }
 
+TEST_F(ToolCommands, OpenSaysWhoGetsTheLinkWhenItIsClicked) {
+  installRival();
+  const auto process = agent.startAndWait();
+  ASSERT_EQ(run({"unregister", "vendril"}).status, 0);
+  EXPECT_EQ(textAt(json({"open", link("7")}), "handler"), "rival");
+  EXPECT_THAT(run({"open", link("7")}).out,
+              HasSubstr("a click on such a link goes to rival instead\n"));
+}
+
 TEST_F(ToolCommands, OpenSaysWhenTheLinkWillLeadToNoReport) {
   const ProgramRun text = run({"open", "vendril://join"});
   EXPECT_EQ(text.status, 0);

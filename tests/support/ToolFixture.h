@@ -51,6 +51,9 @@ class ToolFixture : public LinkToReportFixture {
   /// Everything below the private home: each path with its kind, permissions, time and contents.
   std::map<std::string, std::string> snapshot() const;
 
+  // A test run by sudo, or without colours, is no other desktop.
+  const ScopedVariable noSudo{"SUDO_USER", std::nullopt};
+  const ScopedVariable anyColour{"NO_COLOR", std::nullopt};
   const DesktopFiles files{agent.home()};
   const std::string client = agent.home().root() / "orvanta";
   const std::filesystem::path associations = agent.home().config() / "mimeapps.list";
