@@ -93,7 +93,7 @@ JsonResult write(const JsonMembers& members, std::size_t flags) {
   if (!text) {
     return {std::nullopt, "Out of memory"};
   }
-  return {text.get(), {}};
+  return {std::string(text.get()), {}};
 }
 
 /// The library lets this one control character pass.
