@@ -30,10 +30,14 @@ void writeToJournal(std::string_view message) {
 }  // namespace
 
 JournalSystemLog::JournalSystemLog()
-    : toJournal_(::access(kJournalSocket, W_OK) == 0),
+    : toJournal_(isJournalThere()),
       toStandardError_(!toJournal_ || g_log_writer_is_journald(STDERR_FILENO) == FALSE),
       process_(fmt::format(" {}[{}] ", kIdentifier, ::getpid())),
       standardError_(STDERR_FILENO) {}
+
+bool JournalSystemLog::isJournalThere() {
+  return ::access(kJournalSocket, W_OK) == 0;
+}
 
 void JournalSystemLog::write(std::string_view message) noexcept {
   try {
