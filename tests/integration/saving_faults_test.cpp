@@ -21,6 +21,7 @@
 namespace vendril {
 namespace {
 
+using testing::AllOf;
 using testing::Each;
 using testing::IsEmpty;
 using testing::Not;
@@ -47,8 +48,9 @@ TEST_P(SavingOnABadDisk, FailsAndKeepsTheOldFileWholeWithNothingBesideIt) {
     const SmallDisk disk(home_.config());
     SavedFile file(kind, home_, host_);
     file.prepare();
+    ASSERT_TRUE(file.save(1)) << "not even a good disk will do";
+    ASSERT_TRUE(file.save(0));
     const std::string before = file.text();
-    ASSERT_THAT(before, Not(IsEmpty()));
     (disk.*fault.happen)();
     const std::vector<std::string> neighbours = file.neighbours();
 
@@ -56,17 +58,6 @@ TEST_P(SavingOnABadDisk, FailsAndKeepsTheOldFileWholeWithNothingBesideIt) {
 
     EXPECT_TRUE(file.text() == before) << file.text();
     EXPECT_EQ(file.neighbours(), neighbours);
-  });
-}
-
-TEST_P(SavingOnABadDisk, WouldHaveWorkedOnAGoodOne) {
-  runInOwnNamespace(Own::mounts, [&] {
-    const SmallDisk disk(home_.config());
-    SavedFile file(std::get<SavedFile::Kind>(GetParam()), home_, host_);
-    file.prepare();
-    const std::string before = file.text();
-    EXPECT_TRUE(file.save(1));
-    EXPECT_FALSE(file.text() == before);
   });
 }
 
@@ -148,7 +139,8 @@ TEST_P(KilledWhileSaving, LeavesTheOldFileOrTheNewOneWhole) {
   EXPECT_GT(found, 0) << "no second version has ever been met";
   EXPECT_LT(found, kRounds) << "no first version has ever been met";
   EXPECT_TRUE(file_.save(1)) << "what a killed process leaves behind is in the way";
-  EXPECT_THAT(file_.neighbours(), Each(StartsWith(".vendril-")));
+  // Hidden files that no list takes for an entry; they tell that saves were really cut short.
+  EXPECT_THAT(file_.neighbours(), AllOf(Not(IsEmpty()), Each(StartsWith(".vendril-"))));
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, KilledWhileSaving, testing::ValuesIn(SavedFile::kAll),
