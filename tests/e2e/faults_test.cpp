@@ -102,11 +102,10 @@ TEST_F(Faults, AgentWorksWithinAMemoryLimit) {
 /// A portal that speaks no TLS newer than 1.1, in the words of openssl's own server.
 class OldPortal {
  public:
-  OldPortal(const TestCertificate& certificate, const ChildProcess::Environment& environment)
+  explicit OldPortal(const TestCertificate& certificate)
       : server_({"openssl", "s_server", "-accept", "127.0.0.1:0", "-cert",
                  certificate.certificateFile(), "-key", certificate.keyFile(), "-no_tls1_2",
-                 "-no_tls1_3", "-cipher", "ALL:@SECLEVEL=0", "-naccept", "9"},
-                environment) {
+                 "-no_tls1_3", "-cipher", "ALL:@SECLEVEL=0", "-www"}) {
     EXPECT_TRUE(server_.waitForOut("ACCEPT ")) << server_.err();
     EXPECT_TRUE(server_.waitForOut("\n", kTestDeadline));
     const std::string& out = server_.out();
@@ -129,7 +128,7 @@ TEST_F(Faults, PortalWithAnOldTlsIsRefusedEvenWhereTheSystemWouldTakeIt) {
             "[weak]\nMinProtocol = TLSv1\nCipherString = ALL:@SECLEVEL=0\n");
   const ScopedVariable weakSystem("OPENSSL_CONF", configuration);
   const TestCertificate certificate;
-  const OldPortal old(certificate, {});
+  const OldPortal old(certificate);
   ChildProcess client({"openssl", "s_client", "-connect", "127.0.0.1:" + old.port(), "-brief"});
   ASSERT_EQ(client.waitForExit(), 0) << client.err();
   ASSERT_THAT(client.err(), HasSubstr("TLSv1.1")) << "the system would take it";
