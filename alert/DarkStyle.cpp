@@ -16,7 +16,7 @@ constexpr const char* kPreferDark = "gtk-application-prefer-dark-theme";
 // The portal's values; 0 and all others are no preference.
 constexpr guint32 kDark = 1;
 constexpr guint32 kLight = 2;
-// A bus or a portal that takes longer does not keep the alert from the user.
+// A portal that takes longer does not keep the alert from the user.
 constexpr int kPatienceMs = 1000;
 
 /// Applies a color-scheme, whatever number of variants it is wrapped in (the portal's Read wraps
@@ -54,75 +54,32 @@ void settingChanged(GDBusConnection*, const gchar*, const gchar*, const gchar*, 
   }
 }
 
-bool wasCancelled(const GError* error) {
-  return g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != 0;
-}
-
-}  // namespace
-
-DarkStyle::DarkStyle() : end_(g_cancellable_new()) {
-  g_bus_get(G_BUS_TYPE_SESSION, end_, connected, this);
-  waitForAnswer();
-}
-
-DarkStyle::~DarkStyle() {
-  g_cancellable_cancel(end_);
-  g_object_unref(end_);
-  if (bus_ != nullptr) {
-    g_dbus_connection_signal_unsubscribe(bus_, subscription_);
-    g_object_unref(bus_);
-  }
-}
-
-void DarkStyle::waitForAnswer() const {
-  const auto overdue = [](gpointer patient) -> gboolean {
-    *static_cast<bool*>(patient) = false;
-    return G_SOURCE_CONTINUE;
-  };
-  bool patient = true;
-  const guint alarm = g_timeout_add(kPatienceMs, overdue, &patient);
-  while (patient && !settled_) {
-    g_main_context_iteration(nullptr, TRUE);
-  }
-  g_source_remove(alarm);
-}
-
-void DarkStyle::connected(GObject* /*source*/, GAsyncResult* result, gpointer style) {
-  GError* error = nullptr;
-  GDBusConnection* const bus = g_bus_get_finish(result, &error);
-  if (!wasCancelled(error)) {
-    auto& self = *static_cast<DarkStyle*>(style);
-    self.bus_ = bus;
-    self.settled_ = bus == nullptr;
-    self.ask();
-  }
-  g_clear_error(&error);
-}
-
-void DarkStyle::ask() {
-  if (bus_ == nullptr) {
-    return;
-  }
-  g_dbus_connection_set_exit_on_close(bus_, FALSE);
-  subscription_ = g_dbus_connection_signal_subscribe(
-      bus_, kPortal, kSettings, "SettingChanged", kPortalPath, kNamespace, G_DBUS_SIGNAL_FLAGS_NONE,
-      settingChanged, nullptr, nullptr);
-  g_dbus_connection_call(bus_, kPortal, kPortalPath, kSettings, "Read",
-                         g_variant_new("(ss)", kNamespace, kKey), G_VARIANT_TYPE("(v)"),
-                         G_DBUS_CALL_FLAGS_NONE, -1, end_, answered, this);
-}
-
-void DarkStyle::answered(GObject* bus, GAsyncResult* result, gpointer style) {
-  GError* error = nullptr;
-  GVariant* const reply = g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, &error);
+void applyCurrent(GDBusConnection* bus) {
+  GVariant* reply = g_dbus_connection_call_sync(
+      bus, kPortal, kPortalPath, kSettings, "Read", g_variant_new("(ss)", kNamespace, kKey),
+      G_VARIANT_TYPE("(v)"), G_DBUS_CALL_FLAGS_NONE, kPatienceMs, nullptr, nullptr);
   if (reply != nullptr) {
     apply(g_variant_get_child_value(reply, 0));
     g_variant_unref(reply);
   }
-  if (!wasCancelled(error)) {
-    static_cast<DarkStyle*>(style)->settled_ = true;
+}
+
+}  // namespace
+
+DarkStyle::DarkStyle(GDBusConnection* bus) : bus_(bus) {
+  if (bus_ == nullptr) {
+    return;
   }
-  g_clear_error(&error);
+  subscription_ = g_dbus_connection_signal_subscribe(
+      bus_, kPortal, kSettings, "SettingChanged", kPortalPath, kNamespace, G_DBUS_SIGNAL_FLAGS_NONE,
+      settingChanged, nullptr, nullptr);
+  applyCurrent(bus_);
+}
+
+DarkStyle::~DarkStyle() {
+  if (bus_ != nullptr) {
+    g_dbus_connection_signal_unsubscribe(bus_, subscription_);
+  }
 }
 
 }  // namespace vendril
