@@ -101,7 +101,7 @@ JsonResult writeJson(const JsonMembers& members) {
   if (!text) {
     return {std::nullopt, "Out of memory"};
   }
-  return {text.get(), {}};
+  return {std::string(text.get()), {}};
 }
 
 }  // namespace vendril
