@@ -239,6 +239,17 @@ TEST_F(LinkProcessing, ConfigurationThatCannotBeLoadedDropsTheLinkSilently) {
   EXPECT_THAT(host.fakeUrlConnection.requests, IsEmpty());
 }
 
+TEST_F(LinkProcessing, ConfigurationThatCannotBeLoadedIsNotAskedForAReport) {
+  publish(std::nullopt);
+  host.fakePropertyListFiles.parsedData.reset();
+  host.fakePropertyListFiles.history.clear();
+  open("vendril:nothing");
+  EXPECT_THAT(delegateMessages(), ElementsAre(StartsWith("Process details:")))
+      << "the link is not parsed either";
+  EXPECT_THAT(host.fakePropertyListFiles.history,
+              ElementsAre("read " + configurationPath, "parse"));
+}
+
 TEST_F(LinkProcessing, ReportIsBuiltEvenWhenTheLinkDoesNotParse) {
   host.fakePropertyListFiles.history.clear();
   open("vendril:nothing");

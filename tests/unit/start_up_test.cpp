@@ -137,6 +137,18 @@ TEST_F(StartUp, DontSearchWordTurnsTheSearchOff) {
   EXPECT_FALSE(delegate->searchForBreltoOrvanta());
 }
 
+TEST_F(StartUp, EachWordLeavesTheOthersMatterAlone) {
+  removeLoginItem();
+  giveArguments({"dont-search-for-brelto-orvanta"});
+  launch();
+  EXPECT_TRUE(delegate->launchOnLogin());
+  removeLoginItem();
+  host.fakeProcessInfo.argumentList.back() = "dont-add-to-login-items";
+  launch();
+  EXPECT_FALSE(delegate->launchOnLogin());
+  EXPECT_TRUE(delegate->searchForBreltoOrvanta());
+}
+
 TEST_F(StartUp, ExecutablePathItselfIsReadAsAWordToo) {
   host.fakeProcessInfo.argumentList = {"dont-search-for-brelto-orvanta"};
   launch();
