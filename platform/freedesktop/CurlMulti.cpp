@@ -22,6 +22,11 @@ CurlMulti::CurlMulti(const CurlLimits& limits) : limits_(limits) {
     setUpFailure_ = curl().easy_strerror(CURLE_OUT_OF_MEMORY);
     return;
   }
+  // Without descriptors libcurl makes a handle that nobody can wake up.
+  if (const CURLMcode result = curl_multi_wakeup(multi_.get()); result != CURLM_OK) {
+    setUpFailure_ = curl_multi_strerror(result);
+    return;
+  }
   // Idle connections count too, and make room for new ones.
   const auto maxConnections = static_cast<long>(limits.maxSockets);
   curl().multi_setopt(multi_.get(), CURLMOPT_MAX_TOTAL_CONNECTIONS, maxConnections);
