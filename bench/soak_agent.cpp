@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <cstdio>
 #include <exception>
 #include <functional>
 #include <stdexcept>
@@ -312,6 +313,7 @@ int main(int argc, char** argv) try {
       ->check(CLI::NonNegativeNumber)
       ->capture_default_str();
   CLI11_PARSE(app, argc, argv);
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);  // Whoever follows a log sees how far it is.
   return Soak(options).run() ? 0 : 1;
 } catch (const std::exception& error) {
   fmt::print(stderr, "soak_agent: {}\n", error.what());
