@@ -7,6 +7,8 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 set(VENDRIL_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
 
+option(VENDRIL_COVERAGE "Count how often each line runs" OFF)
+
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
                     -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wformat=2 -Werror)
 add_compile_definitions(_FILE_OFFSET_BITS=64)
@@ -19,6 +21,12 @@ if(VENDRIL_SANITIZE)
 endif()
 if(CMAKE_BUILD_TYPE STREQUAL "Debug")
   add_compile_definitions(_GLIBCXX_ASSERTIONS)
+endif()
+
+if(VENDRIL_COVERAGE)
+  # Several threads, and several processes of one program, count at the same time.
+  add_compile_options(--coverage -fprofile-update=atomic -fprofile-abs-path)
+  add_link_options(--coverage)
 endif()
 
 # What makes a fault in memory end the program instead of serving whoever caused it. A test looks for
