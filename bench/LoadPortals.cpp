@@ -104,10 +104,10 @@ void LoadPortals::watch(int descriptor, std::uint64_t identifier) const {
   }
 }
 
-std::string LoadPortals::addressFor(PortalKind kind, std::size_t session) const {
+std::string LoadPortals::addressFor(PortalKind kind, std::size_t session) {
   std::size_t index = static_cast<std::size_t>(kind);
   if (kind == PortalKind::silent) {
-    index += session % kSilentPortals;
+    index += silentTurn_++ % kSilentPortals;
   }
   return fmt::format("http://127.0.0.1:{}/meeting?{}{}", listeners_[index].port, kSession, session);
 }

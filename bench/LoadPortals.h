@@ -40,7 +40,7 @@ class LoadPortals {
   ~LoadPortals();
 
   /// The address of a portal for one session. There are several silent portals, which take turns.
-  std::string addressFor(PortalKind kind, std::size_t session) const;
+  std::string addressFor(PortalKind kind, std::size_t session);
 
   /// How many requests of a session have arrived, at any portal.
   int arrivals(std::size_t session) const { return arrivals_[session].load(); }
@@ -74,6 +74,7 @@ class LoadPortals {
   void giveDueAnswers();
 
   std::vector<Listener> listeners_;
+  std::size_t silentTurn_ = 0;
   std::vector<std::atomic<std::uint8_t>> arrivals_;
   Descriptor epoll_;
   Descriptor wakeUp_;
