@@ -46,8 +46,8 @@ constexpr std::size_t kDeadLinksForOneSilent = 25;
 
 /// By how much memory may stay above that level. The C library keeps up to seven freed blocks of
 /// each size for each thread, 400 and more in all. After a burst hardly two of them share a page of
-/// 4 KiB, and two threads are busy: the main one and that of the network. Without these blocks 0.2
-/// MiB stays. It is a constant, however many links there have been.
+/// 4 KiB, and two threads are busy: the main one and that of the network.
+/// Without these blocks a burst leaves 0.2 MiB.
 constexpr double kMemoryAllowanceKib = 2048;
 
 /// The sockets that the agent may have open at once, beside what it has open anyway.
