@@ -7,6 +7,8 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 set(VENDRIL_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
 
+option(VENDRIL_COVERAGE "Count how often each line runs" OFF)
+
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
                     -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wformat=2 -Werror)
 add_compile_definitions(_FILE_OFFSET_BITS=64)
@@ -16,6 +18,11 @@ if(VENDRIL_SANITIZE)
   add_compile_options(-fsanitize=${VENDRIL_SANITIZE} -fno-omit-frame-pointer
                       -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${VENDRIL_SANITIZE})
+endif()
+if(VENDRIL_COVERAGE)
+  # Several threads, and several processes of one program, count at the same time.
+  add_compile_options(--coverage -fprofile-update=atomic -fprofile-abs-path)
+  add_link_options(--coverage)
 endif()
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
   add_compile_options(-fstack-protector-strong -fstack-clash-protection -fcf-protection)

@@ -8,6 +8,7 @@ id=${VENDRIL_ID:?}
 version=${VENDRIL_VERSION:?}
 read -ra schemes <<<"${VENDRIL_SCHEMES:?}"
 program=$prefix/bin/vendril
+tool=$prefix/bin/vendrilctl
 entry=$prefix/share/applications/$id.desktop
 bus_service=$prefix/share/dbus-1/services/$id.service
 unit=$prefix/share/systemd/user/$id.service
@@ -92,12 +93,25 @@ EveryProgramHasAManualThatRendersWithoutWarnings() {
 
 TheManualsNameTheVersionAndEveryScheme() {
   local page text scheme
-  for page in vendril vendril-portal; do
+  for page in vendril vendril-portal vendrilctl; do
     text=$(zcat "$manuals/$page.1.gz" | groff -man -Tascii -P-cbou)
     assert_contains "$page(1)" "Vendril $version" "$text"
     for scheme in "${schemes[@]}"; do
       assert_contains "$page(1)" "$scheme" "$text"
     done
+  done
+}
+
+TheManualOfTheToolNamesEveryCommandAndOption() {
+  local text word words
+  text=$(zcat "$manuals/vendrilctl.1.gz" | groff -man -Tascii -P-cbou)
+  words=$(for command in '' open report config login-item log; do
+    # shellcheck disable=SC2086
+    "$tool" $command --help
+  done | grep --only-matching --extended-regexp '^  [a-z][a-z-]+|--[a-z-]+' | sort --unique)
+  assert_contains 'the words of the help' update-version "$words"
+  for word in $words; do
+    assert_contains 'manual of the tool' "$word" "$text"
   done
 }
 
@@ -164,6 +178,18 @@ APrefixThatCannotStandInAnEntryIsRefused() {
     fi
     assert_contains "the refusal of '$bad'" 'cannot stand in a desktop' "$output"
     [[ ! -e $scratch/$bad ]] || fail "something was installed in '$bad'"
+  done
+}
+
+TheToolIsOfTheSameVersion() {
+  assert_contains 'vendrilctl --version' "vendrilctl $version" "$("$tool" --version)"
+}
+
+TheCompletionsLieWhereTheShellsLook() {
+  local file
+  for file in bash-completion/completions/vendrilctl fish/vendor_completions.d/vendrilctl.fish \
+    zsh/site-functions/_vendrilctl; do
+    [[ -f $prefix/share/$file ]] || fail "there is no $prefix/share/$file"
   done
 }
 

@@ -34,10 +34,13 @@ ItDependsOnTheLibrariesThatTheProgramIsLinkedWith() {
 ItLaysOutTheApplicationInUsr() {
   local file all
   all=$(contents)
-  for file in bin/vendril bin/vendril-portal "share/applications/$id.desktop" "share/dbus-1/services/$id.service" \
-    "lib/systemd/user/$id.service" "share/metainfo/$id.metainfo.xml" \
-    "share/icons/hicolor/scalable/apps/$id.svg" share/man/man1/vendril.1.gz \
-    share/man/man1/vendril-portal.1.gz share/zsh/vendor-completions/_vendril-portal \
+  for file in bin/vendril bin/vendrilctl bin/vendril-portal "share/applications/$id.desktop" \
+    "share/dbus-1/services/$id.service" "lib/systemd/user/$id.service" \
+    "share/metainfo/$id.metainfo.xml" "share/icons/hicolor/scalable/apps/$id.svg" \
+    share/man/man1/{vendril,vendrilctl,vendril-portal}.1.gz \
+    share/bash-completion/completions/{vendrilctl,vendril-portal} \
+    share/zsh/vendor-completions/_{vendrilctl,vendril-portal} \
+    share/fish/vendor_completions.d/{vendrilctl,vendril-portal}.fish \
     share/doc/vendril/copyright share/doc/vendril/changelog.Debian.gz; do
     assert_contains contents " ./usr/$file" "$all"
   done
