@@ -51,7 +51,9 @@ constexpr const char* kInterface = "org.freedesktop.Application";
 
 PrivateBus::PrivateBus(const std::string& serviceDirectory)
     : daemon_(g_test_dbus_new(G_TEST_DBUS_NONE)) {
-  g_test_dbus_add_service_dir(daemon_, serviceDirectory.c_str());
+  if (!serviceDirectory.empty()) {
+    g_test_dbus_add_service_dir(daemon_, serviceDirectory.c_str());
+  }
   {
     const QuietStandardError forTheServicesThatTheBusStarts;
     g_test_dbus_up(daemon_);

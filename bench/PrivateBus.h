@@ -10,7 +10,7 @@ namespace vendril::bench {
 /// that it starts.
 class PrivateBus {
  public:
-  /// The bus starts the services that files in `serviceDirectory` describe.
+  /// The bus starts the services that files in `serviceDirectory` describe; none when it is empty.
   explicit PrivateBus(const std::string& serviceDirectory);
   ~PrivateBus();
   PrivateBus(const PrivateBus&) = delete;

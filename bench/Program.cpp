@@ -10,6 +10,7 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <set>
 #include <stdexcept>
 #include <system_error>
@@ -33,6 +34,11 @@ std::filesystem::path processDirectory(pid_t pid) {
   return std::filesystem::path("/proc") / std::to_string(pid);
 }
 
+std::size_t entriesOf(const std::filesystem::path& directory) {
+  const std::filesystem::directory_iterator entries(directory);
+  return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+}
+
 int countLibraries(const std::filesystem::path& maps) {
   std::ifstream stream(maps);
   std::set<std::string> libraries;
@@ -48,7 +54,7 @@ int countLibraries(const std::filesystem::path& maps) {
 
 }  // namespace
 
-Program::Program(const std::vector<std::string>& commandLine) {
+Program::Program(const std::vector<std::string>& commandLine, int standardError) {
   std::vector<char*> arguments;
   arguments.reserve(commandLine.size() + 1);
   for (const std::string& argument : commandLine) {
@@ -59,7 +65,11 @@ Program::Program(const std::vector<std::string>& commandLine) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+  if (standardError >= 0) {
+    posix_spawn_file_actions_adddup2(&actions, standardError, STDERR_FILENO);
+  } else {
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+  }
   const int error =
       posix_spawnp(&pid_, arguments.front(), &actions, nullptr, arguments.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
@@ -89,6 +99,14 @@ Memory Program::memory() const {
   const std::filesystem::path rollup = directory / "smaps_rollup";
   return {numberIn(rollup, "Pss:"), numberIn(rollup, "Private_Dirty:"),
           countLibraries(directory / "maps")};
+}
+
+std::size_t Program::descriptors() const {
+  return entriesOf(processDirectory(pid_) / "fd");
+}
+
+std::size_t Program::threads() const {
+  return entriesOf(processDirectory(pid_) / "task");
 }
 
 long Program::contextSwitches() const {

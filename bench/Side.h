@@ -25,7 +25,8 @@ struct Options {
   int scriptRounds = 10;
   int idleSeconds = 60;
   int links = 100'000;
-  bool instructions = true;
+  /// The measurements to take; all of them when it is empty.
+  std::vector<std::string> only;
 };
 
 }  // namespace vendril::bench

@@ -4,7 +4,11 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "bench/Measurements.h"
 
@@ -26,17 +30,24 @@ int main(int argc, char** argv) try {
   app.add_option("--links", options.links, "Links of one process, over which cost is watched")
       ->capture_default_str();
   app.add_option("--cost-file", options.costFile, "Where the cost of the links is written");
-  app.add_flag("!--no-instructions", options.instructions, "Leave callgrind out");
+  app.add_option("--only", options.only,
+                 "Measure these alone: starts, warm, endurance, load, "
+                 "instructions");
   CLI11_PARSE(app, argc, argv);
 
   Testbed bed(options.serviceDirectory);
   Table table;
-  measureStarts(bed, options, table);
-  measureWarm(bed, options, table);
-  measureEndurance(bed, options, table);
-  measureLoad(bed, options, table);
-  if (options.instructions) {
-    measureInstructions(bed, options, table);
+  const std::vector<std::pair<std::string, decltype(&measureStarts)>> measurements{
+      {"starts", measureStarts},
+      {"warm", measureWarm},
+      {"endurance", measureEndurance},
+      {"load", measureLoad},
+      {"instructions", measureInstructions}};
+  for (const auto& [name, measure] : measurements) {
+    const auto& only = options.only;
+    if (only.empty() || std::find(only.begin(), only.end(), name) != only.end()) {
+      measure(bed, options, table);
+    }
   }
   return table.passed() ? 0 : 1;
 } catch (const std::exception& error) {
