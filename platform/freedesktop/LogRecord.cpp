@@ -33,11 +33,13 @@ void appendEscaped(std::string& out, std::string_view bytes) {
 /// True when a text is made of printable ASCII characters alone. Looks at all of them, whatever the
 /// first ones are: that way the compiler looks at many at once.
 bool isPlain(std::string_view text) {
-  bool plain = true;
+  constexpr unsigned char kFirst = 0x20;
+  constexpr unsigned char kCount = 0x7F - kFirst;
+  unsigned char others = 0;
   for (const char byte : text) {
-    plain &= byte >= 0x20 && byte < 0x7F;
+    others |= static_cast<unsigned char>(byte - kFirst) >= kCount ? 1 : 0;
   }
-  return plain;
+  return others == 0;
 }
 
 void appendUtf8(std::string& out, std::string_view text) {
