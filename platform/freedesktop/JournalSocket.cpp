@@ -19,8 +19,7 @@ namespace {
 constexpr int kNone = -1;
 
 int socketTo(const std::string& path) {
-  const bool present = ::access(path.c_str(), W_OK) == 0;
-  return present ? ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0) : kNone;
+  return JournalSocket::isThere(path) ? ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0) : kNone;
 }
 
 iovec partOf(std::string_view bytes) {
@@ -60,6 +59,10 @@ JournalSocket::JournalSocket(std::string_view fields, std::string path)
   if (socket_) {
     connect();
   }
+}
+
+bool JournalSocket::isThere(const std::string& path) {
+  return ::access(path.c_str(), W_OK) == 0;
 }
 
 void JournalSocket::write(std::string_view message) noexcept {

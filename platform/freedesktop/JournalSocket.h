@@ -22,6 +22,10 @@ class JournalSocket {
   /// record: lines "NAME=value", each with its end.
   explicit JournalSocket(std::string_view fields, std::string path = kSystemPath);
 
+  /// Whether a journal takes records under this path now.
+  static bool isThere(const std::string& path = kSystemPath);
+
+  /// What `isThere` answered to the constructor.
   bool isPresent() const { return static_cast<bool>(socket_); }
 
   /// Sends one record, whole or not at all. Only when the journal is present.

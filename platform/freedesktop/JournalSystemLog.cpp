@@ -26,6 +26,10 @@ JournalSystemLog::JournalSystemLog()
       process_(fmt::format(" {}[{}] ", kIdentifier, ::getpid())),
       standardError_(STDERR_FILENO) {}
 
+bool JournalSystemLog::isJournalThere() {
+  return JournalSocket::isThere();
+}
+
 void JournalSystemLog::write(std::string_view message) noexcept {
   try {
     if (journal_.isPresent()) {

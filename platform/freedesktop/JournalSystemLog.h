@@ -19,6 +19,9 @@ class JournalSystemLog : public SystemLog {
   /// Finds out, once for all, whether there is a journal and where standard error leads.
   JournalSystemLog();
 
+  /// True when there is a journal that takes records.
+  static bool isJournalThere();
+
   void write(std::string_view message) noexcept override;
 
  private:
