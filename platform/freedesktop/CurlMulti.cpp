@@ -23,8 +23,8 @@ CurlMulti::CurlMulti(const CurlLimits& limits) : limits_(limits) {
     return;
   }
   // Without descriptors libcurl makes a handle that nobody can wake up.
-  if (const CURLMcode result = curl_multi_wakeup(multi_.get()); result != CURLM_OK) {
-    setUpFailure_ = curl_multi_strerror(result);
+  if (const CURLMcode result = curl().multi_wakeup(multi_.get()); result != CURLM_OK) {
+    setUpFailure_ = curl().multi_strerror(result);
     return;
   }
   // Idle connections count too, and make room for new ones.

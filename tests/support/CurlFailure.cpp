@@ -3,40 +3,62 @@
 #include <curl/curl.h>
 
 #include <atomic>
+#include <string_view>
 
+namespace vendril {
 namespace {
 
-using Function = vendril::CurlFailure::Function;
+using Function = CurlFailure::Function;
 
 std::atomic<Function> failing = Function::none;
 
-}  // namespace
+/// libcurl's own functions, as far as they have been looked up.
+decltype(&curl_global_init) realGlobalInit = nullptr;
+decltype(&curl_multi_init) realMultiInit = nullptr;
+decltype(&curl_multi_add_handle) realMultiAddHandle = nullptr;
+decltype(&curl_easy_init) realEasyInit = nullptr;
 
-// The linker turns calls of each function into calls of the one, and calls of the other into the
-// function's.
-extern "C" CURLcode __real_curl_global_init(long flags);
-extern "C" CURLM* __real_curl_multi_init();
-extern "C" CURLMcode __real_curl_multi_add_handle(CURLM* multi, CURL* easy);
-extern "C" CURL* __real_curl_easy_init();
-
-extern "C" CURLcode __wrap_curl_global_init(long flags) {
-  return failing == Function::globalInit ? CURLE_FAILED_INIT : __real_curl_global_init(flags);
+CURLcode globalInit(long flags) {
+  return failing == Function::globalInit ? CURLE_FAILED_INIT : realGlobalInit(flags);
 }
 
-extern "C" CURLM* __wrap_curl_multi_init() {
-  return failing == Function::multiInit ? nullptr : __real_curl_multi_init();
+CURLM* multiInit() {
+  return failing == Function::multiInit ? nullptr : realMultiInit();
 }
 
-extern "C" CURLMcode __wrap_curl_multi_add_handle(CURLM* multi, CURL* easy) {
+CURLMcode multiAddHandle(CURLM* multi, CURL* easy) {
   return failing == Function::multiAddHandle ? CURLM_INTERNAL_ERROR
-                                             : __real_curl_multi_add_handle(multi, easy);
+                                             : realMultiAddHandle(multi, easy);
 }
 
-extern "C" CURL* __wrap_curl_easy_init() {
-  return failing == Function::easyInit ? nullptr : __real_curl_easy_init();
+CURL* easyInit() {
+  return failing == Function::easyInit ? nullptr : realEasyInit();
 }
 
-namespace vendril {
+/// Keeps the function that was found and gives out the one that can fail.
+template <class Pointer>
+void* replaced(void* found, Pointer& real, Pointer replacement) {
+  real = reinterpret_cast<Pointer>(found);
+  return found != nullptr ? reinterpret_cast<void*>(replacement) : nullptr;
+}
+
+void* replacementOf(std::string_view name, void* found) {
+  if (name == "curl_global_init") {
+    return replaced(found, realGlobalInit, &globalInit);
+  }
+  if (name == "curl_multi_init") {
+    return replaced(found, realMultiInit, &multiInit);
+  }
+  if (name == "curl_multi_add_handle") {
+    return replaced(found, realMultiAddHandle, &multiAddHandle);
+  }
+  if (name == "curl_easy_init") {
+    return replaced(found, realEasyInit, &easyInit);
+  }
+  return found;
+}
+
+}  // namespace
 
 CurlFailure::CurlFailure(Function function) {
   failing = function;
@@ -47,3 +69,10 @@ CurlFailure::~CurlFailure() {
 }
 
 }  // namespace vendril
+
+// The linker turns calls of dlsym into calls of the one, and calls of the other into dlsym's.
+extern "C" void* __real_dlsym(void* library, const char* name);
+
+extern "C" void* __wrap_dlsym(void* library, const char* name) {
+  return vendril::replacementOf(name, __real_dlsym(library, name));
+}
