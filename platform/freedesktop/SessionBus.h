@@ -26,7 +26,7 @@ class SessionBus {
 
   /// Connects to the session's bus; null, and a line in `log`, when there is none or when it does
   /// not answer in time. Runs the main context. `log` outlives the result.
-  static std::unique_ptr<SessionBus> connect(SystemLog& log, Gone gone);
+  static std::unique_ptr<SessionBus> connect(SystemLog& log, Gone gone = [] {});
 
   SessionBus(const SessionBus&) = delete;
   SessionBus& operator=(const SessionBus&) = delete;
