@@ -10,6 +10,10 @@ namespace {
 /// Enough for the links of one moment; each handle holds its buffers of some 20 KiB.
 constexpr std::size_t kMaxSpareHandles = 4;
 
+/// Connections that stay open for the next links. While more are open than that, one is closed each
+/// time that a request ends: after a burst, hundreds would wait for requests that do not come.
+constexpr long kMaxIdleConnections = 8;
+
 }  // namespace
 
 CurlMulti::CurlMulti(const CurlLimits& limits) : limits_(limits) {
@@ -28,9 +32,9 @@ CurlMulti::CurlMulti(const CurlLimits& limits) : limits_(limits) {
     return;
   }
   // Idle connections count too, and make room for new ones.
-  const auto maxConnections = static_cast<long>(limits.maxSockets);
-  curl().multi_setopt(multi_.get(), CURLMOPT_MAX_TOTAL_CONNECTIONS, maxConnections);
-  curl().multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, maxConnections);
+  curl().multi_setopt(multi_.get(), CURLMOPT_MAX_TOTAL_CONNECTIONS,
+                      static_cast<long>(limits.maxSockets));
+  curl().multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, kMaxIdleConnections);
 }
 
 CurlMulti::~CurlMulti() {

@@ -46,9 +46,7 @@ void SessionBus::onClosed(GDBusConnection* /*connection*/, gboolean /*remotePeer
                           GError* /*error*/, gpointer bus) {
   const auto& self = *static_cast<SessionBus*>(bus);
   self.log_.write("The session bus has gone; the next link starts the application anew");
-  if (self.gone_) {
-    self.gone_();
-  }
+  self.gone_();
 }
 
 SessionBus::NameRequest SessionBus::requestName(const std::string& name,

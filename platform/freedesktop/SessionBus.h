@@ -21,12 +21,12 @@ class SessionBus {
  public:
   enum class NameRequest { granted, taken, failed };
 
-  /// Called by the main context when the bus has closed the connection; may be absent.
+  /// Called by the main context when the bus has closed the connection.
   using Gone = std::function<void()>;
 
   /// Connects to the session's bus; null, and a line in `log`, when there is none or when it does
   /// not answer in time. Runs the main context. `log` outlives the result.
-  static std::unique_ptr<SessionBus> connect(SystemLog& log, Gone gone = {});
+  static std::unique_ptr<SessionBus> connect(SystemLog& log, Gone gone);
 
   SessionBus(const SessionBus&) = delete;
   SessionBus& operator=(const SessionBus&) = delete;

@@ -1,18 +1,17 @@
 #include "support/CurlFailure.h"
 
 #include <curl/curl.h>
+#include <dlfcn.h>
 
 #include <atomic>
 #include <string_view>
 
-namespace vendril {
 namespace {
 
-using Function = CurlFailure::Function;
+using Function = vendril::CurlFailure::Function;
 
 std::atomic<Function> failing = Function::none;
 
-/// libcurl's own functions, as far as they have been looked up.
 decltype(&curl_global_init) realGlobalInit = nullptr;
 decltype(&curl_multi_init) realMultiInit = nullptr;
 decltype(&curl_multi_add_handle) realMultiAddHandle = nullptr;
@@ -35,30 +34,38 @@ CURL* easyInit() {
   return failing == Function::easyInit ? nullptr : realEasyInit();
 }
 
-/// Keeps the function that was found and gives out the one that can fail.
+/// Keeps the function that was found, and gives out `double_` in its place.
 template <class Pointer>
-void* replaced(void* found, Pointer& real, Pointer replacement) {
+void* replaced(void* found, Pointer& real, Pointer double_) {
   real = reinterpret_cast<Pointer>(found);
-  return found != nullptr ? reinterpret_cast<void*>(replacement) : nullptr;
+  return reinterpret_cast<void*>(double_);
 }
 
-void* replacementOf(std::string_view name, void* found) {
-  if (name == "curl_global_init") {
+}  // namespace
+
+// libcurl's functions are looked up by their names. The linker turns each look-up into a call of
+// the second function; the first one is the look-up itself.
+extern "C" void* __real_dlsym(void* library, const char* name);
+
+extern "C" void* __wrap_dlsym(void* library, const char* name) {
+  void* const found = __real_dlsym(library, name);
+  const std::string_view function(name);
+  if (function == "curl_global_init") {
     return replaced(found, realGlobalInit, &globalInit);
   }
-  if (name == "curl_multi_init") {
+  if (function == "curl_multi_init") {
     return replaced(found, realMultiInit, &multiInit);
   }
-  if (name == "curl_multi_add_handle") {
+  if (function == "curl_multi_add_handle") {
     return replaced(found, realMultiAddHandle, &multiAddHandle);
   }
-  if (name == "curl_easy_init") {
+  if (function == "curl_easy_init") {
     return replaced(found, realEasyInit, &easyInit);
   }
   return found;
 }
 
-}  // namespace
+namespace vendril {
 
 CurlFailure::CurlFailure(Function function) {
   failing = function;
@@ -69,10 +76,3 @@ CurlFailure::~CurlFailure() {
 }
 
 }  // namespace vendril
-
-// The linker turns calls of dlsym into calls of the one, and calls of the other into dlsym's.
-extern "C" void* __real_dlsym(void* library, const char* name);
-
-extern "C" void* __wrap_dlsym(void* library, const char* name) {
-  return vendril::replacementOf(name, __real_dlsym(library, name));
-}
