@@ -81,23 +81,23 @@ TheMetainfoNamesTheVersionAndEveryScheme() {
   done
 }
 
-TheManualsRenderWithoutWarnings() {
-  local page
+EveryProgramHasAManualThatRendersWithoutWarnings() {
+  local installed
   make_scratch_directory
-  for page in vendril vendrilctl; do
-    zcat "$manuals/$page.1.gz" >"$scratch/$page.1"
-    assert_silent_success "the manual $page" \
-      groff -man -ww -b -z -Tutf8 -rLL=80n "$scratch/$page.1"
+  for installed in "$prefix"/bin/*; do
+    zcat "$manuals/$(basename "$installed").1.gz" >"$scratch/manual.1"
+    assert_silent_success "the manual of $installed" \
+      groff -man -ww -b -z -Tutf8 -rLL=80n "$scratch/manual.1"
   done
 }
 
 TheManualsNameTheVersionAndEveryScheme() {
   local page text scheme
-  for page in vendril vendrilctl; do
+  for page in vendril vendril-portal vendrilctl; do
     text=$(zcat "$manuals/$page.1.gz" | groff -man -Tascii -P-cbou)
-    assert_contains "manual $page" "Vendril $version" "$text"
+    assert_contains "$page(1)" "Vendril $version" "$text"
     for scheme in "${schemes[@]}"; do
-      assert_contains "manual $page" "$scheme" "$text"
+      assert_contains "$page(1)" "$scheme" "$text"
     done
   done
 }
@@ -113,6 +113,39 @@ TheManualOfTheToolNamesEveryCommandAndOption() {
   for word in $words; do
     assert_contains 'manual of the tool' "$word" "$text"
   done
+}
+
+TheManualOfThePortalNamesEveryOption() {
+  local option text
+  text=$(zcat "$manuals/vendril-portal.1.gz" | groff -man -Tascii -P-cbou)
+  while IFS= read -r option; do
+    assert_contains 'vendril-portal(1)' "$option" "$text"
+  done < <("$prefix/bin/vendril-portal" --help | grep --only-matching -E -e '--[a-z]+')
+  assert_contains 'vendril-portal --help' --answer "$("$prefix/bin/vendril-portal" --help)"
+}
+
+TheCompletionsOfThePortalNameEveryOption() {
+  local option file
+  while IFS= read -r option; do
+    for file in bash-completion/completions/vendril-portal zsh/site-functions/_vendril-portal; do
+      assert_contains "$file" "$option" "$(<"$prefix/share/$file")"
+    done
+    assert_contains 'the completion for fish' "-l ${option#--}" \
+      "$(<"$prefix/share/fish/vendor_completions.d/vendril-portal.fish")"
+  done < <("$prefix/bin/vendril-portal" --help | grep --only-matching -E -e '--[a-z]+')
+}
+
+BashCompletesTheAnswersOfThePortal() {
+  # shellcheck source=/dev/null
+  source "$prefix/share/bash-completion/completions/vendril-portal"
+  COMP_WORDS=(vendril-portal --answer re)
+  COMP_CWORD=2
+  _vendril_portal
+  assert_equal completions 'redirect reset' "${COMPREPLY[*]}"
+}
+
+ThePortalTellsItsVersion() {
+  assert_equal version "vendril-portal $version" "$("$prefix/bin/vendril-portal" --version)"
 }
 
 EveryIconHasTheSizeOfItsDirectory() {
@@ -131,8 +164,8 @@ NoPlaceholderIsLeft() {
 
 NothingButTheProgramsFilesIsInstalled() {
   local strangers
-  strangers=$(find "$prefix" -type f ! -name "$id.*" ! -name 'vendril*' ! -name _vendrilctl \
-    ! -name mimeinfo.cache)
+  strangers=$(find "$prefix" -type f ! -name "$id.*" ! -name 'vendril*' \
+    ! -name '_vendril*' ! -name mimeinfo.cache)
   assert_equal 'files of other names' '' "$strangers"
 }
 

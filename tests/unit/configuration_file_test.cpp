@@ -10,6 +10,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 class ConfigurationFile : public ConfigurationTest {};
 
@@ -200,6 +201,21 @@ TEST_F(ConfigurationFile, AnotherVersionIsBroughtIntoLineAndSaved) {
                                              {"isTemporary", true}}));
 }
 
+TEST_F(ConfigurationFile, AVersionThatCannotBeSavedBelowAPlainFileIsStillBroughtIntoLine) {
+  blockPreferences();
+  configuration.updateVersionIfNeeded();
+  EXPECT_EQ(configuration.appName(), "Vendril 1.0.0");
+  EXPECT_EQ(configuration.appVersion(), "1.0.0.1");
+  EXPECT_THAT(
+      logged(),
+      ElementsAre(kNotAFolder, "Failed to load configuration from persistent storage: '(null)'",
+                  "Switching to default configuration",
+                  StartsWith("Configuration has been successfully loaded:"),
+                  "App bundleVersion inconsistent with configutaion! Updating configuration file.",
+                  kNotAFolder, "Failed to save configuration to persistent storage: '(null)'"));
+  EXPECT_THAT(fake.fakePropertyListFiles.history, ElementsAre("parse"));
+}
+
 TEST_F(ConfigurationFile, AnUnsetVersionComparesAsTheEmptyText) {
   publish({{"AppName", "Client"}});
   fake.fakeBundle.info.insert_or_assign("CFBundleVersion", "");
@@ -217,6 +233,20 @@ TEST_F(ConfigurationFile, AMissingBundleVersionNeverComparesEqual) {
   EXPECT_EQ(configuration.appVersion(), "");
   EXPECT_THAT(fake.fakePropertyListFiles.history,
               ElementsAre("read " + filePath(), "write " + filePath()));
+}
+
+TEST_F(ConfigurationFile, WithoutALoggerBlockSavingAndRemovingWorkAndFailAsWithOne) {
+  configuration.setLoggerBlock(nullptr);
+  EXPECT_TRUE(configuration.saveToFile());
+  EXPECT_EQ(fake.fakePropertyListFiles.files.count(filePath()), 1U);
+  fake.fakePropertyListFiles.failsToWrite = true;
+  EXPECT_FALSE(configuration.saveToFile());
+  library.write("Preferences/group.com.brelto.orvanta.plist", "x");
+  EXPECT_TRUE(configuration.removeFile());
+  EXPECT_FALSE(std::filesystem::exists(filePath()));
+  std::filesystem::create_directories(filePath() + "/inner");
+  EXPECT_FALSE(configuration.removeFile());
+  EXPECT_THAT(fake.fakeSystemLog.take(), IsEmpty());
 }
 
 }  // namespace
