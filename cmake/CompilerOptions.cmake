@@ -6,6 +6,7 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 set(VENDRIL_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
+option(VENDRIL_FUZZ "Build the fuzz targets with libFuzzer, which is part of clang" OFF)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
                     -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wformat=2 -Werror)
@@ -16,6 +17,10 @@ if(VENDRIL_SANITIZE)
   add_compile_options(-fsanitize=${VENDRIL_SANITIZE} -fno-omit-frame-pointer
                       -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${VENDRIL_SANITIZE})
+endif()
+if(VENDRIL_FUZZ)
+  # The counters that guide the fuzzer, in all of the code.
+  add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
   add_compile_options(-fstack-protector-strong -fstack-clash-protection -fcf-protection)
