@@ -4,9 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 
+#include "platform/AsciiCase.h"
 #include "platform/freedesktop/AtomicFile.h"
 #include "platform/freedesktop/AutostartEntry.h"
 
@@ -45,11 +45,8 @@ class AutostartItem : public LoginItem {
 
 /// The lower-case identifier, under which the desktop knows the application.
 std::optional<std::string> desktopId(const Bundle& bundle) {
-  std::optional<std::string> id = bundle.bundleIdentifier();
-  if (id) {
-    std::transform(id->begin(), id->end(), id->begin(), g_ascii_tolower);
-  }
-  return id;
+  const std::optional<std::string> id = bundle.bundleIdentifier();
+  return id ? std::optional(asciiLowercase(*id)) : std::nullopt;
 }
 
 /// The names that the application's own entries may have, in the order in which they are tried.

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "platform/AsciiCase.h"
 #include "platform/freedesktop/AtomicFile.h"
 #include "platform/freedesktop/DirectoryLock.h"
 #include "platform/freedesktop/MimeAppsList.h"
@@ -17,9 +18,7 @@ constexpr std::chrono::seconds kLockPatience(5);
 
 /// The type under which applications register for a scheme; GIO looks schemes up in lower case.
 std::string handlerType(std::string_view scheme) {
-  std::string type = "x-scheme-handler/";
-  std::transform(scheme.begin(), scheme.end(), std::back_inserter(type), g_ascii_tolower);
-  return type;
+  return "x-scheme-handler/" + asciiLowercase(scheme);
 }
 
 /// By RFC 3986, section 3.1. Nothing else can be the key of a list.

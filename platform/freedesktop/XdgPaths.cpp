@@ -1,12 +1,11 @@
 #include "platform/freedesktop/XdgPaths.h"
 
-#include <glib.h>
 #include <pwd.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <sstream>
+
+#include "platform/AsciiCase.h"
 
 namespace vendril {
 namespace {
@@ -28,21 +27,28 @@ std::string withoutSlashAtEnd(std::string path) {
   return path;
 }
 
-std::string homeDirectory() {
-  const std::string home = variable("HOME");
-  if (isAbsolute(home)) {
-    return withoutSlashAtEnd(home);
+std::string homeInUserDatabase(uid_t user) {
+  constexpr std::size_t kRoomForEntry = 65536;
+  std::vector<char> room(kRoomForEntry);
+  passwd entry{};
+  passwd* found = nullptr;
+  if (getpwuid_r(user, &entry, room.data(), room.size(), &found) != 0 || found == nullptr) {
+    return "";
   }
-  const passwd* user = getpwuid(getuid());
-  return user != nullptr ? withoutSlashAtEnd(user->pw_dir) : "";
+  return withoutSlashAtEnd(entry.pw_dir);
 }
 
-std::string userDirectory(const char* name, const char* belowHome) {
+std::string homeDirectory(uid_t user) {
+  const std::string home = variable("HOME");
+  return isAbsolute(home) ? withoutSlashAtEnd(home) : homeInUserDatabase(user);
+}
+
+std::string userDirectory(const char* name, const char* belowHome, uid_t user) {
   const std::string directory = variable(name);
   if (isAbsolute(directory)) {
     return withoutSlashAtEnd(directory);
   }
-  const std::string home = homeDirectory();
+  const std::string home = homeDirectory(user);
   if (!isAbsolute(home)) {
     return "";
   }
@@ -69,7 +75,7 @@ std::vector<std::string> lowerCaseDesktops() {
   // A desktop becomes part of a file's name, so it cannot lead into another directory.
   std::erase_if(desktops, [](const std::string& name) { return name.find('/') != name.npos; });
   for (std::string& name : desktops) {
-    std::transform(name.begin(), name.end(), name.begin(), g_ascii_tolower);
+    name = asciiLowercase(name);
   }
   return desktops;
 }
@@ -77,10 +83,13 @@ std::vector<std::string> lowerCaseDesktops() {
 }  // namespace
 
 XdgPaths XdgPaths::fromEnvironment() {
-  return {userDirectory("XDG_CONFIG_HOME", "/.config"),
-          systemDirectories("XDG_CONFIG_DIRS", "/etc/xdg"),
-          userDirectory("XDG_DATA_HOME", "/.local/share"),
+  return {userConfigHome(), systemDirectories("XDG_CONFIG_DIRS", "/etc/xdg"),
+          userDirectory("XDG_DATA_HOME", "/.local/share", getuid()),
           systemDirectories("XDG_DATA_DIRS", "/usr/local/share:/usr/share"), lowerCaseDesktops()};
+}
+
+std::string userConfigHome(uid_t user) {
+  return userDirectory("XDG_CONFIG_HOME", "/.config", user);
 }
 
 std::vector<std::string> splitNonEmpty(const std::string& text, char separator) {

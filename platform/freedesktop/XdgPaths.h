@@ -1,5 +1,8 @@
 #pragma once
 
+#include <sys/types.h>
+#include <unistd.h>
+
 #include <string>
 #include <vector>
 
@@ -26,6 +29,10 @@ struct XdgPaths {
   /// directory counts as unset.
   static XdgPaths fromEnvironment();
 };
+
+/// XdgPaths::configHome alone. The user database is asked about `user`, and only when neither
+/// XDG_CONFIG_HOME nor HOME is an absolute path.
+std::string userConfigHome(uid_t user = getuid());
 
 /// The parts of `text` between the separators, without the empty ones.
 std::vector<std::string> splitNonEmpty(const std::string& text, char separator);

@@ -14,6 +14,7 @@
 #include <thread>
 
 #include "support/AlertFixture.h"
+#include "support/ChildProcess.h"
 
 namespace vendril {
 namespace {
@@ -201,13 +202,14 @@ TEST_F(HelperAlertRun, AnAlertAfterTerminationIsNotWaitedFor) {
 }
 
 TEST_F(HelperAlertRun, TheRealHelperRefusesWrongArguments) {
-  GErrorSlot error;
-  const GObjectPtr<GSubprocess> helper(g_subprocess_new(G_SUBPROCESS_FLAGS_STDERR_SILENCE,
-                                                        error.out(), kRealHelper.c_str(), "loud",
-                                                        "Message", "Information", "OK", nullptr));
-  ASSERT_TRUE(helper) << error.message();
-  g_subprocess_wait(helper.get(), nullptr, nullptr);
-  EXPECT_EQ(g_subprocess_get_exit_status(helper.get()), 2);
+  using Arguments = std::vector<std::string>;
+  for (const Arguments& arguments : {Arguments{"loud", "Message", "Information", "OK"},
+                                     Arguments{"warning", "Message", "Information"},
+                                     Arguments{"warning", "Message", "Information", "OK", "No"}}) {
+    Arguments command{kRealHelper};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    EXPECT_EQ(ChildProcess(command).waitForExit(), 2) << testing::PrintToString(arguments);
+  }
 }
 
 }  // namespace

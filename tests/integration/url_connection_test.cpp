@@ -305,6 +305,19 @@ TEST_F(FileUrlTest, IsKnownByItsSchemeInAnyCase) {
   EXPECT_EQ(fetch("FILE" + urlOfFile("contents").substr(4)).data, "contents");
 }
 
+TEST_F(FileUrlTest, IsAnsweredBeforeTheQueueEndsThoughTheNetworkHasEnded) {
+  std::promise<void> mayGoOn;
+  queue_ = std::make_shared<ThreadOperationQueue>(1);
+  queue_->addOperation([gate = mayGoOn.get_future().share()] { gate.wait(); });
+  send(post(urlOfFile("contents")));
+  connection_.reset();
+  EXPECT_THAT(outcomes(), IsEmpty()) << "the request has to be pending when the network ends";
+  mayGoOn.set_value();
+  queue_.reset();
+  ASSERT_EQ(outcomes().size(), 1U);
+  EXPECT_EQ(outcomes()[0].data, "contents");
+}
+
 TEST_F(FileUrlTest, IsLimitedInSize) {
   EXPECT_EQ(fetch(urlOfFile(std::string(kMebibyte, 'x'))).data.value_or("").size(), kMebibyte);
   expectError(fetch(urlOfFile(std::string(kMebibyte + 1, 'x'))));

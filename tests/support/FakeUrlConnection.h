@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,10 +21,15 @@ class FakeUrlConnection : public UrlConnection {
   };
 
   std::vector<Pending> requests;
+  /// Runs when a request is sent.
+  std::function<void()> whenSent;
 
   void sendAsynchronousRequest(UrlRequest request, std::shared_ptr<OperationQueue> queue,
                                CompletionHandler handler) override {
     requests.push_back({std::move(request), std::move(queue), std::move(handler)});
+    if (whenSent) {
+      whenSent();
+    }
   }
 
   /// Answers the request number `index` on its queue.

@@ -228,6 +228,20 @@ TEST_F(ClientInfoReport, AWriterThatFailsGivesItsReason) {
                                     "{\n    a = b;\n}\n"));
 }
 
+TEST_F(ClientInfoReport, WithoutALoggerBlockTheReportIsBuiltAndFailsAsWithOne) {
+  configuration.setLoggerBlock(nullptr);
+  EXPECT_EQ(configuration.getClientInfoJSON(), kDefaultReport);
+  EXPECT_EQ(reportNaming(Date()), std::nullopt);
+  const auto fail = [](const JsonMembers&) { return JsonResult{std::nullopt, "No luck"}; };
+  EXPECT_EQ(serializeClientInfo({}, nullptr, fail), std::nullopt);
+  const auto noText = [](const JsonMembers&) { return JsonResult{"\xFF", {}}; };
+  EXPECT_EQ(serializeClientInfo({}, nullptr, noText), std::nullopt);
+  fake.fakePropertyListFiles.files.clear();
+  fake.fakePropertyListFiles.parsedData.reset();
+  EXPECT_EQ(configuration.getClientInfoJSON(), std::nullopt);
+  EXPECT_THAT(fake.fakeSystemLog.take(), testing::IsEmpty());
+}
+
 class ClientDiscovery : public ConfigurationTest {
  protected:
   bool findAt(const std::string& path) {

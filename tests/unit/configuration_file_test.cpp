@@ -10,6 +10,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 class ConfigurationFile : public ConfigurationTest {};
 
@@ -38,6 +39,24 @@ TEST_F(ConfigurationFile, LoadingCreatesThePreferencesFolderWithAllAboveIt) {
   fake.fakeUserDirectories.directories = {library / "deep/below"};
   EXPECT_TRUE(configuration.loadFromFile());
   EXPECT_TRUE(std::filesystem::is_directory(library / "deep/below/Preferences"));
+}
+
+TEST_F(ConfigurationFile, LoadingWithoutTraceCreatesNothingAndLoadsTheSame) {
+  fake.fakeUserDirectories.directories = {library / "deep/below"};
+  EXPECT_TRUE(configuration.loadWithoutTrace());
+  EXPECT_FALSE(std::filesystem::exists(library / "deep"));
+  EXPECT_EQ(configuration.appVersion(), "3.21.0.64.24") << "the built-in default";
+  fake.fakeUserDirectories.directories = {library.path()};
+  publish({{"AppVersion", "4.0.1"}});
+  EXPECT_TRUE(configuration.loadWithoutTrace());
+  EXPECT_EQ(configuration.appVersion(), "4.0.1");
+  EXPECT_FALSE(std::filesystem::exists(preferences()));
+}
+
+TEST_F(ConfigurationFile, ExpectedPathIsTheOneThatIsCreated) {
+  EXPECT_EQ(ZQN5PublishedConfiguration::expectedFilePath(), configuration.persistentFilePath());
+  fake.fakeUserDirectories.directories.clear();
+  EXPECT_EQ(ZQN5PublishedConfiguration::expectedFilePath(), std::nullopt);
 }
 
 TEST_F(ConfigurationFile, WithoutALibraryThereIsNoPath) {
@@ -182,6 +201,21 @@ TEST_F(ConfigurationFile, AnotherVersionIsBroughtIntoLineAndSaved) {
                                              {"isTemporary", true}}));
 }
 
+TEST_F(ConfigurationFile, AVersionThatCannotBeSavedBelowAPlainFileIsStillBroughtIntoLine) {
+  blockPreferences();
+  configuration.updateVersionIfNeeded();
+  EXPECT_EQ(configuration.appName(), "Vendril 1.0.0");
+  EXPECT_EQ(configuration.appVersion(), "1.0.0.1");
+  EXPECT_THAT(
+      logged(),
+      ElementsAre(kNotAFolder, "Failed to load configuration from persistent storage: '(null)'",
+                  "Switching to default configuration",
+                  StartsWith("Configuration has been successfully loaded:"),
+                  "App bundleVersion inconsistent with configutaion! Updating configuration file.",
+                  kNotAFolder, "Failed to save configuration to persistent storage: '(null)'"));
+  EXPECT_THAT(fake.fakePropertyListFiles.history, ElementsAre("parse"));
+}
+
 TEST_F(ConfigurationFile, AnUnsetVersionComparesAsTheEmptyText) {
   publish({{"AppName", "Client"}});
   fake.fakeBundle.info.insert_or_assign("CFBundleVersion", "");
@@ -199,6 +233,20 @@ TEST_F(ConfigurationFile, AMissingBundleVersionNeverComparesEqual) {
   EXPECT_EQ(configuration.appVersion(), "");
   EXPECT_THAT(fake.fakePropertyListFiles.history,
               ElementsAre("read " + filePath(), "write " + filePath()));
+}
+
+TEST_F(ConfigurationFile, WithoutALoggerBlockSavingAndRemovingWorkAndFailAsWithOne) {
+  configuration.setLoggerBlock(nullptr);
+  EXPECT_TRUE(configuration.saveToFile());
+  EXPECT_EQ(fake.fakePropertyListFiles.files.count(filePath()), 1U);
+  fake.fakePropertyListFiles.failsToWrite = true;
+  EXPECT_FALSE(configuration.saveToFile());
+  library.write("Preferences/group.com.brelto.orvanta.plist", "x");
+  EXPECT_TRUE(configuration.removeFile());
+  EXPECT_FALSE(std::filesystem::exists(filePath()));
+  std::filesystem::create_directories(filePath() + "/inner");
+  EXPECT_FALSE(configuration.removeFile());
+  EXPECT_THAT(fake.fakeSystemLog.take(), IsEmpty());
 }
 
 }  // namespace

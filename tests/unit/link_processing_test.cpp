@@ -1,6 +1,3 @@
-#include <stdexcept>
-
-#include "platform/PlatformException.h"
 #include "support/DelegateFixture.h"
 
 namespace vendril {
@@ -111,6 +108,11 @@ TEST_F(LinkProcessing, SessionIdBeforeThePortalUriIsNotSeen) {
   expectFailure("vendril:?session_id=3&portalURI=http://p?x=1", "session_id", "http://p?x=1");
   expectParsed("vendril:?session_id=3&portalURI=http://p?session_id=4", "http://p?session_id=4",
                "4");
+}
+
+TEST_F(LinkProcessing, SecondQuestionMarkSeparatesParametersToo) {
+  expectParsed("vendril:?portalURI=http://p?x=1?session_id=8", "http://p?x=1?session_id=8", "8");
+  expectParsed("vendril:?portalURI=http://p?session_id=8?x=1", "http://p?session_id=8?x=1", "8");
 }
 
 TEST_F(LinkProcessing, EscapedAmpersandInThePortalUrlSeparatesParameters) {
@@ -237,6 +239,17 @@ TEST_F(LinkProcessing, ConfigurationThatCannotBeLoadedDropsTheLinkSilently) {
   EXPECT_THAT(host.fakeUrlConnection.requests, IsEmpty());
 }
 
+TEST_F(LinkProcessing, ConfigurationThatCannotBeLoadedIsNotAskedForAReport) {
+  publish(std::nullopt);
+  host.fakePropertyListFiles.parsedData.reset();
+  host.fakePropertyListFiles.history.clear();
+  open("vendril:nothing");
+  EXPECT_THAT(delegateMessages(), ElementsAre(StartsWith("Process details:")))
+      << "the link is not parsed either";
+  EXPECT_THAT(host.fakePropertyListFiles.history,
+              ElementsAre("read " + configurationPath, "parse"));
+}
+
 TEST_F(LinkProcessing, ReportIsBuiltEvenWhenTheLinkDoesNotParse) {
   host.fakePropertyListFiles.history.clear();
   open("vendril:nothing");
@@ -316,44 +329,6 @@ TEST_F(LinkProcessing, FailedLoadLeavesLoggerAndStoredDirectoryAsTheyAre) {
   EXPECT_FALSE(delegate->load());
   EXPECT_EQ(delegate->logger()->path(), logDirectory + "/Vendril.log");
   EXPECT_EQ(host.fakeUserDefaults.values.at("LogDirectory"), logDirectory);
-}
-
-// The exception guard.
-
-class ThrowingLaunchServices : public FakeLaunchServices {
- public:
-  std::function<void()> fail;
-  std::optional<std::string> copyDefaultHandlerForURLScheme(std::string_view scheme) override {
-    if (fail) {
-      fail();
-    }
-    return FakeLaunchServices::copyDefaultHandlerForURLScheme(scheme);
-  }
-};
-
-class ThrowingHost : public FakeHost {
- public:
-  ThrowingLaunchServices throwing;
-  LaunchServices& launchServices() override { return throwing; }
-};
-
-class ExceptionGuard : public LinkProcessing {
- protected:
-  ThrowingHost throwingHost;
-};
-
-TEST_F(ExceptionGuard, PlatformExceptionIsLoggedWithNameAndReason) {
-  throwingHost.throwing.fail = [] { throw PlatformException("NSRangeException", "out of range"); };
-  delegate->process(*Url::parse("vendril:x"));
-  EXPECT_THAT(throwingHost.fakeSystemLog.take(),
-              ElementsAre("[ZQN5VendrilAppDelegate] Caught exception NSRangeException - out of "
-                          "range"));
-}
-
-TEST_F(ExceptionGuard, OtherExceptionsPassThrough) {
-  throwingHost.throwing.fail = [] { throw std::runtime_error("other"); };
-  EXPECT_THROW(delegate->process(*Url::parse("vendril:x")), std::runtime_error);
-  EXPECT_THAT(throwingHost.fakeSystemLog.take(), IsEmpty());
 }
 
 }  // namespace

@@ -75,8 +75,10 @@ TEST_F(PortalRequest, RequestIsAFormPostWithASixtySecondLimit) {
 }
 
 TEST_F(PortalRequest, PayloadAndRequestAreLoggedBeforeItIsSent) {
+  std::vector<std::string> loggedBefore;
+  host.fakeUrlConnection.whenSent = [&] { loggedBefore = host.fakeSystemLog.take(); };
   send("a b");
-  EXPECT_THAT(host.fakeSystemLog.take(),
+  EXPECT_THAT(loggedBefore,
               ElementsAre("[ZQN5VendrilAppDelegate] Payload:\n"
                           "{\n"
                           "    command = set_data;\n"
@@ -87,6 +89,7 @@ TEST_F(PortalRequest, PayloadAndRequestAreLoggedBeforeItIsSent) {
                           "data=%7B%7D&session_id=a%20b&command=set_data",
                           "[ZQN5VendrilAppDelegate] Sending POST request "
                           "3F2504E0-4F89-41D3-9A0C-0305E82C3301 to: http://p.example/x?y=1"));
+  EXPECT_THAT(host.fakeSystemLog.take(), IsEmpty());
 }
 
 TEST_F(PortalRequest, SpecialCharactersOfASessionIdArriveIntact) {

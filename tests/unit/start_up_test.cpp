@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <iterator>
+
 #include "support/DelegateFixture.h"
 
 namespace vendril {
@@ -5,6 +8,7 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::StartsWith;
@@ -20,6 +24,22 @@ class StartUp : public DelegateFixture {
   }
   void unregisterSchemes() { host.fakeLaunchServices.defaults.clear(); }
   void removeLoginItem() { host.fakeSessionLoginItems.items.clear(); }
+
+  /// What the messages that mark the way from the launch to the request begin with, as they came.
+  std::vector<std::string> milestones() {
+    const std::vector<std::string> beginnings{"[ZQN5VendrilAppDelegate] Successfully added",
+                                              "[ZQN5VendrilAppDelegate] Successfully registered",
+                                              "Started",
+                                              "Loading URL from buffer",
+                                              "[ZQN5VendrilAppDelegate] Process details",
+                                              "[ZQN5VendrilAppDelegate] Sending POST request"};
+    std::vector<std::string> found;
+    for (const std::string& message : host.fakeSystemLog.take()) {
+      std::copy_if(beginnings.begin(), beginnings.end(), std::back_inserter(found),
+                   [&message](const std::string& text) { return message.starts_with(text); });
+    }
+    return found;
+  }
 };
 
 TEST_F(StartUp, WillFinishLaunchingFillsTheState) {
@@ -117,6 +137,18 @@ TEST_F(StartUp, DontSearchWordTurnsTheSearchOff) {
   EXPECT_FALSE(delegate->searchForBreltoOrvanta());
 }
 
+TEST_F(StartUp, EachWordLeavesTheOthersMatterAlone) {
+  removeLoginItem();
+  giveArguments({"dont-search-for-brelto-orvanta"});
+  launch();
+  EXPECT_TRUE(delegate->launchOnLogin());
+  removeLoginItem();
+  host.fakeProcessInfo.argumentList.back() = "dont-add-to-login-items";
+  launch();
+  EXPECT_FALSE(delegate->launchOnLogin());
+  EXPECT_TRUE(delegate->searchForBreltoOrvanta());
+}
+
 TEST_F(StartUp, ExecutablePathItselfIsReadAsAWordToo) {
   host.fakeProcessInfo.argumentList = {"dont-search-for-brelto-orvanta"};
   launch();
@@ -167,6 +199,43 @@ TEST_F(StartUp, LinkThatLaunchedTheApplicationIsProcessedBeforeLaunchingEnds) {
   EXPECT_THAT(host.fakeUrlConnection.requests, IsEmpty());
   delegate->applicationDidFinishLaunching();
   EXPECT_EQ(onlyRequest().url->absoluteString(), "http://127.0.0.1/p?session_id=7");
+}
+
+TEST_F(StartUp, LinkThatLaunchedAReadyApplicationIsReplayedBehindTheStart) {
+  delegate->applicationWillFinishLaunching();
+  open(kLink);
+  delegate->applicationDidFinishLaunching();
+  EXPECT_THAT(milestones(), ElementsAre("Started", "Loading URL from buffer",
+                                        "[ZQN5VendrilAppDelegate] Process details",
+                                        "[ZQN5VendrilAppDelegate] Sending POST request"));
+}
+
+TEST_F(StartUp, LinkThatLaunchedTheApplicationIsReplayedBehindLoginItemsAndRegistration) {
+  removeLoginItem();
+  unregisterSchemes();
+  delegate->applicationWillFinishLaunching();
+  open(kLink);
+  delegate->applicationDidFinishLaunching();
+  EXPECT_THAT(milestones(),
+              ElementsAre("[ZQN5VendrilAppDelegate] Successfully added",
+                          "[ZQN5VendrilAppDelegate] Successfully registered", "Started",
+                          "Loading URL from buffer", "[ZQN5VendrilAppDelegate] Process details",
+                          "[ZQN5VendrilAppDelegate] Sending POST request"));
+}
+
+TEST_F(StartUp, DontSearchWordReachesTheReport) {
+  std::filesystem::remove(executable);
+  giveArguments({"dont-search-for-brelto-orvanta"});
+  launch();
+  open(kLink);
+  EXPECT_THAT(onlyRequest().httpBody.value_or(""), HasSubstr("%22videoCapable%22:1"));
+}
+
+TEST_F(StartUp, WithoutTheDontSearchWordTheReportTellsOfAClientThatIsGone) {
+  std::filesystem::remove(executable);
+  launch();
+  open(kLink);
+  EXPECT_THAT(onlyRequest().httpBody.value_or(""), HasSubstr("%22videoCapable%22:0"));
 }
 
 TEST_F(StartUp, LinkIsDroppedOnceTheDelegateIsGone) {
