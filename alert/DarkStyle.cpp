@@ -66,11 +66,10 @@ void applyCurrent(GDBusConnection* bus) {
 
 }  // namespace
 
-DarkStyle::DarkStyle() : bus_(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr)) {
+DarkStyle::DarkStyle(GDBusConnection* bus) : bus_(bus) {
   if (bus_ == nullptr) {
     return;
   }
-  g_dbus_connection_set_exit_on_close(bus_, FALSE);
   subscription_ = g_dbus_connection_signal_subscribe(
       bus_, kPortal, kSettings, "SettingChanged", kPortalPath, kNamespace, G_DBUS_SIGNAL_FLAGS_NONE,
       settingChanged, nullptr, nullptr);
@@ -80,7 +79,6 @@ DarkStyle::DarkStyle() : bus_(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullpt
 DarkStyle::~DarkStyle() {
   if (bus_ != nullptr) {
     g_dbus_connection_signal_unsubscribe(bus_, subscription_);
-    g_object_unref(bus_);
   }
 }
 

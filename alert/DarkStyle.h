@@ -9,7 +9,8 @@ namespace vendril {
 /// is no portal, the toolkit's own settings stand. Needs an opened display.
 class DarkStyle {
  public:
-  DarkStyle();
+  /// `bus`, which may be null, outlives this object.
+  explicit DarkStyle(GDBusConnection* bus);
   DarkStyle(const DarkStyle&) = delete;
   DarkStyle& operator=(const DarkStyle&) = delete;
   ~DarkStyle();

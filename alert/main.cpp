@@ -22,6 +22,7 @@
 
 #include "alert/AlertText.h"
 #include "alert/AlertWindow.h"
+#include "alert/AnsweringBus.h"
 #include "alert/DarkStyle.h"
 
 namespace vendril {
@@ -126,12 +127,13 @@ int showAlert(const AlertText& text) {
   // The desktop finds the application's name and icon by this identifier.
   g_set_prgname(VENDRIL_DESKTOP_ID);
   g_set_application_name(VENDRIL_NAME);
+  const AnsweringBus bus;
   if (gtk_init_check() == 0) {
     std::fputs("no display can be opened\n", stderr);
     return kNoDisplay;
   }
   followTextDirection(text);
-  const DarkStyle style;
+  const DarkStyle style(bus.connection());
   if (!Session(text).run()) {
     std::fputs("the alert was closed without an answer\n", stderr);
     return kNotAnswered;

@@ -83,6 +83,12 @@ std::string ZQN5VendrilAppDelegate::escape(const std::string& text) const {
   return addPercentEncoding(text, allowedCharacters_);
 }
 
+CharacterSet ZQN5VendrilAppDelegate::charactersOfForms() {
+  CharacterSet characters = CharacterSet::urlPathAllowedCharacterSet();
+  characters.removeCharactersInString("&+=");
+  return characters;
+}
+
 std::string ZQN5VendrilAppDelegate::generateUUIDString() {
   return Host::current().uuidGenerator().createUuidString().value_or("");
 }

@@ -12,8 +12,7 @@ void ZQN5VendrilAppDelegate::applicationWillFinishLaunching() {
   logger_ = std::make_shared<ZQN5SimpleLogger>(
       logPath(host.userDefaults().stringForKey("LogDirectory"), true));
   configuration_ = std::make_shared<ZQN5PublishedConfiguration>(plainLoggerBlock());
-  allowedCharacters_ = CharacterSet::urlPathAllowedCharacterSet();
-  allowedCharacters_.removeCharactersInString("&+=");
+  allowedCharacters_ = charactersOfForms();
   operationQueue_ = host.makeOperationQueue();
   searchForBreltoOrvanta_ = true;
 

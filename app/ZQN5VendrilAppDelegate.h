@@ -84,6 +84,8 @@ class ZQN5VendrilAppDelegate : public ApplicationDelegate,
                    const std::optional<std::string>& data);
   std::optional<std::string> dataFromPayload(const std::optional<Payload>& payload) const;
   std::string escape(const std::string& text) const;
+  /// The characters that stand in a form as they are: those of a URL's path without & + and =.
+  static CharacterSet charactersOfForms();
   static std::string generateUUIDString();
 
   /// Tells the user that the portal could not be reached and returns when that is confirmed. Shows

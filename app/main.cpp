@@ -10,7 +10,9 @@ int main(int argc, char** argv) {
   using vendril::ZQN5ProtocolHandler;
   using vendril::ZQN5VendrilAppDelegate;
 
-  std::setlocale(LC_ALL, "");
+  // Texts and their encoding; each further category would be two more files to look for.
+  std::setlocale(LC_CTYPE, "");
+  std::setlocale(LC_MESSAGES, "");
   FreedesktopHost host(argc, argv, [](const vendril::Bundle& bundle) {
     return ZQN5ProtocolHandler::supportedURLSchemes(bundle);
   });

@@ -8,6 +8,6 @@ pkg_check_modules(CURL REQUIRED IMPORTED_TARGET libcurl)
 pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
 pkg_check_modules(JANSSON REQUIRED IMPORTED_TARGET jansson)
 
-# Of the practice portal and the benchmark programs alone.
+# Of the programs beside the agent alone.
 find_package(CLI11 REQUIRED)
 pkg_check_modules(HTTPLIB REQUIRED IMPORTED_TARGET cpp-httplib)

@@ -24,8 +24,11 @@ set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 opened. It tells the portal which conferencing client is installed and what
 that client can do, so that the portal can offer the right way to join.
 .
-It works without a window and starts again at each login.")
+It works without a window and starts again at each login. The command
+vendrilctl tells whether links arrive, and what mends it when they do not.")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# Loaded at run time, so dpkg-shlibdeps does not see it; the version is the build's.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libcurl4 (>= ${CURL_VERSION})")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "default-dbus-session-bus | dbus-session-bus")
 
 # What only a package holds. The desktop database and the icon cache are renewed by the triggers

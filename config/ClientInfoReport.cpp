@@ -40,6 +40,10 @@ std::optional<std::string> ZQN5PublishedConfiguration::getClientInfoJSONWithSkip
     logTo(loggerBlock_, "Cannot get latest client info.");
     return std::nullopt;
   }
+  return clientInfoJSON(skipSearch);
+}
+
+std::optional<std::string> ZQN5PublishedConfiguration::clientInfoJSON(bool skipSearch) const {
   // Name and version go out in the kind in which they were found; JSON may have no form for it.
   const PropertyList empty = "";
   JsonMembers members{{"appName", appName_.value_or(empty)},

@@ -28,6 +28,14 @@ std::optional<PropertyList::Dictionary> publishedDictionary(
   return dictionary != nullptr ? std::optional(*dictionary) : std::nullopt;
 }
 
+/// The folder that the file lies in; nothing when there is no Library directory.
+std::optional<std::string> preferencesFolder() {
+  const auto libraries = Host::current().userDirectories().libraryDirectories();
+  return libraries.empty()
+             ? std::nullopt
+             : std::optional(appendPathComponent(libraries.front(), kPreferencesFolder));
+}
+
 std::optional<PropertyList::Dictionary> defaultDictionary() {
   return Host::current().propertyListFiles().dictionaryWithData(
       std::span(static_cast<const unsigned char*>(ZQN5DefaultPublishedConfiguration_plist),
@@ -57,21 +65,36 @@ bool ensureFolder(const std::string& folder, const LoggerBlock& loggerBlock) {
 }  // namespace
 
 std::optional<std::string> ZQN5PublishedConfiguration::persistentFilePath() const {
-  const auto libraries = Host::current().userDirectories().libraryDirectories();
-  if (libraries.empty()) {
+  const std::optional<std::string> folder = preferencesFolder();
+  if (!folder) {
     logTo(loggerBlock_,
           "Failed to create persistent storage: Cannot find user preferences directory.");
     return std::nullopt;
   }
-  const std::string folder = appendPathComponent(libraries.front(), kPreferencesFolder);
-  if (!ensureFolder(folder, loggerBlock_)) {
+  if (!ensureFolder(*folder, loggerBlock_)) {
     return std::nullopt;
   }
-  return appendPathComponent(folder, kFileName);
+  return appendPathComponent(*folder, kFileName);
+}
+
+std::optional<std::string> ZQN5PublishedConfiguration::expectedFilePath() {
+  const std::optional<std::string> folder = preferencesFolder();
+  return folder ? std::optional(appendPathComponent(*folder, kFileName)) : std::nullopt;
+}
+
+bool ZQN5PublishedConfiguration::holdsConfiguration(const std::string& path) {
+  return publishedDictionary(path).has_value();
 }
 
 bool ZQN5PublishedConfiguration::loadFromFile() {
-  const std::optional<std::string> path = persistentFilePath();
+  return loadFrom(persistentFilePath());
+}
+
+bool ZQN5PublishedConfiguration::loadWithoutTrace() {
+  return loadFrom(expectedFilePath());
+}
+
+bool ZQN5PublishedConfiguration::loadFrom(const std::optional<std::string>& path) {
   auto found = publishedDictionary(path);
   if (!found) {
     logTo(loggerBlock_, "Failed to load configuration from persistent storage: '%@'", path);

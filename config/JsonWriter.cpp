@@ -84,6 +84,26 @@ JsonPtr objectOf(const Members& members) {
   return result;
 }
 
+JsonResult write(const JsonMembers& members, std::size_t flags) {
+  const JsonPtr object = objectOf(members);
+  if (!object) {
+    return {std::nullopt, "A value is not valid UTF-8 text"};
+  }
+  const std::unique_ptr<char, TextRelease> text(json_dumps(object.get(), flags));
+  if (!text) {
+    return {std::nullopt, "Out of memory"};
+  }
+  return {std::string(text.get()), {}};
+}
+
+/// The library lets this one control character pass.
+void escapeDelete(std::string& json) {
+  constexpr char kDelete = '\x7F';
+  for (std::size_t at = json.find(kDelete); at != std::string::npos; at = json.find(kDelete, at)) {
+    json.replace(at, 1, "\\u007f");
+  }
+}
+
 }  // namespace
 
 bool isValidJsonObject(const JsonMembers& members) {
@@ -92,16 +112,15 @@ bool isValidJsonObject(const JsonMembers& members) {
 }
 
 JsonResult writeJson(const JsonMembers& members) {
-  const JsonPtr object = objectOf(members);
-  if (!object) {
-    return {std::nullopt, "A value is not valid UTF-8 text"};
+  return write(members, JSON_COMPACT | JSON_ESCAPE_SLASH);
+}
+
+JsonResult writeReadableJson(const JsonMembers& members) {
+  JsonResult json = write(members, JSON_INDENT(2) | JSON_ENSURE_ASCII);
+  if (json.bytes) {
+    escapeDelete(*json.bytes);
   }
-  const std::unique_ptr<char, TextRelease> text(
-      json_dumps(object.get(), JSON_COMPACT | JSON_ESCAPE_SLASH));
-  if (!text) {
-    return {std::nullopt, "Out of memory"};
-  }
-  return {std::string(text.get()), {}};
+  return json;
 }
 
 }  // namespace vendril

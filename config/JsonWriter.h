@@ -24,4 +24,8 @@ bool isValidJsonObject(const JsonMembers& members);
 /// Writes an object without white space. A solidus is escaped; characters outside ASCII are not.
 JsonResult writeJson(const JsonMembers& members);
 
+/// Writes an object over several lines, in ASCII without control characters: it may be shown on a
+/// terminal whatever it holds.
+JsonResult writeReadableJson(const JsonMembers& members);
+
 }  // namespace vendril

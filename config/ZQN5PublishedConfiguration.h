@@ -25,9 +25,16 @@ class ZQN5PublishedConfiguration {
   /// missing, never the file. Nothing when there is no Library directory or no such folder.
   std::optional<std::string> persistentFilePath() const;
 
+  /// The same path, without looking whether the folder is there.
+  static std::optional<std::string> expectedFilePath();
+  /// True when the file at `path` can be loaded.
+  static bool holdsConfiguration(const std::string& path);
+
   /// Overwrites the whole record from the file, or from the built-in default when the file is
   /// missing or unusable. False, with the record as it was, when the default fails too.
   bool loadFromFile();
+  /// The same, but creates nothing at all.
+  bool loadWithoutTrace();
 
   /// Replaces the file by the record; whatever else the file held is lost.
   bool saveToFile() const;
@@ -42,6 +49,8 @@ class ZQN5PublishedConfiguration {
   /// Loads the record and reports it as a compact JSON object. The capabilities count only when the
   /// client's executable is found or the search for it is skipped. Nothing when there is no report.
   std::optional<std::string> getClientInfoJSONWithSkipSearch(bool skipSearch);
+  /// The report of the record as it stands.
+  std::optional<std::string> clientInfoJSON(bool skipSearch) const;
   /// The report with the search.
   std::optional<std::string> getClientInfoJSON() { return getClientInfoJSONWithSkipSearch(false); }
 
@@ -72,14 +81,18 @@ class ZQN5PublishedConfiguration {
   bool isTemporary() const { return temporary_; }
   void setTemporary(bool value) { temporary_ = value; }
 
+  /// The record as it goes into the file: what is set, under the keys of the file.
+  PropertyList::Dictionary dictionary() const;
+  /// Overwrites the whole record with what `dictionary` holds.
+  void assignFrom(const PropertyList::Dictionary& dictionary);
+
   const LoggerBlock& loggerBlock() const { return loggerBlock_; }
   void setLoggerBlock(LoggerBlock loggerBlock) { loggerBlock_ = std::move(loggerBlock); }
 
  private:
   static std::string text(const std::optional<PropertyList>& value);
 
-  void assignFrom(const PropertyList::Dictionary& dictionary);
-  PropertyList::Dictionary dictionary() const;
+  bool loadFrom(const std::optional<std::string>& path);
 
   std::optional<PropertyList> appName_;
   std::optional<PropertyList> appVersion_;

@@ -46,20 +46,23 @@ bool isStale(const ResolvedUrl& target, const Url& bundleUrl, const LoggerBlock&
 
 }  // namespace
 
+bool ZQN5Launcher::isStaleLoginItem(const LoginItem& item, const LoggerBlock& loggerBlock) {
+  const std::string name = item.displayName().value_or("");
+  if (!isBreltoName(name)) {
+    return false;
+  }
+  logTo(loggerBlock, "clean: Brelto item name : %@", name);
+  return isStale(item.resolvedUrl(), bundleUrl(), loggerBlock);
+}
+
 bool ZQN5Launcher::cleanLoginItemWithloggerBlock(const LoggerBlock& loggerBlock) {
-  const Url ownUrl = bundleUrl();
   SessionLoginItems& loginItems = Host::current().sessionLoginItems();
   const auto items = loginItems.copySnapshot();
   logTo(loggerBlock,
         "clean: searching for auto start item to be removed in array with '%lu' items.",
         items.size());
   for (const auto& item : items) {
-    const std::string name = item->displayName().value_or("");
-    if (!isBreltoName(name)) {
-      continue;
-    }
-    logTo(loggerBlock, "clean: Brelto item name : %@", name);
-    if (isStale(item->resolvedUrl(), ownUrl, loggerBlock)) {
+    if (isStaleLoginItem(*item, loggerBlock)) {
       removeItem(loginItems, item, loggerBlock);
       return true;
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/LoggerBlock.h"
+#include "platform/SessionLoginItems.h"
 #include "platform/Url.h"
 
 namespace vendril {
@@ -20,8 +21,11 @@ class ZQN5Launcher {
   /// `launchOnLogin()` tells afterwards whether it worked.
   static void setLaunchOnLogin(bool launchOnLogin, const LoggerBlock& loggerBlock);
 
-  /// Removes the first item that an earlier installation left behind: one with a name of ours that
-  /// points elsewhere, or nowhere. True when there was one, even if the desktop refused to remove
+  /// True for an item that an earlier installation left behind: one with a name of ours that points
+  /// elsewhere, or nowhere.
+  static bool isStaleLoginItem(const LoginItem& item, const LoggerBlock& loggerBlock);
+
+  /// Removes the first such item. True when there was one, even if the desktop refused to remove
   /// it.
   static bool cleanLoginItemWithloggerBlock(const LoggerBlock& loggerBlock);
 

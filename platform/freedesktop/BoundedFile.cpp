@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "platform/freedesktop/FileDescriptor.h"
@@ -10,9 +11,8 @@
 namespace vendril {
 namespace {
 
-bool isRegularFile(const FileDescriptor& file) {
-  struct stat status {};
-  return fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode);
+FileDescriptor openToRead(const std::string& path) {
+  return FileDescriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
 }
 
 /// Appends what the file holds next, at most `count` bytes; the number of bytes, or -1.
@@ -27,19 +27,18 @@ ssize_t appendNext(std::string& bytes, std::size_t count, const FileDescriptor& 
   return result;
 }
 
-}  // namespace
-
-std::optional<std::string> readBoundedFile(const std::string& path, std::size_t limit) {
-  const FileDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
-  if (!file || !isRegularFile(file)) {
+std::optional<std::string> readRegularFile(const FileDescriptor& file, std::size_t limit) {
+  struct stat status {};
+  if (!file || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
     return std::nullopt;
   }
-  // The size that the file system tells may change, and is 0 for files that it makes up as they are
-  // read, so only what is read counts.
-  constexpr std::size_t kBlock = 16384;
+  // The size that the file system tells saves room and calls, but decides nothing: it may change,
+  // and is 0 for files that are made up as they are read.
+  constexpr std::size_t kBlock = 4096;
+  const std::size_t told = std::min(static_cast<std::size_t>(status.st_size), limit);
   std::string bytes;
-  while (true) {
-    const ssize_t count = appendNext(bytes, kBlock, file);
+  for (std::size_t room = told + 1;; room = kBlock) {
+    const ssize_t count = appendNext(bytes, room, file);
     if (count < 0 || bytes.size() > limit) {
       return std::nullopt;
     }
@@ -47,6 +46,17 @@ std::optional<std::string> readBoundedFile(const std::string& path, std::size_t 
       return bytes;
     }
   }
+}
+
+}  // namespace
+
+std::optional<std::string> readBoundedFile(const std::string& path, std::size_t limit) {
+  return readRegularFile(openToRead(path), limit);
+}
+
+std::optional<std::string> readBoundedFileIfAny(const std::string& path, std::size_t limit) {
+  const FileDescriptor file = openToRead(path);
+  return !file && errno == ENOENT ? std::string() : readRegularFile(file, limit);
 }
 
 }  // namespace vendril

@@ -12,4 +12,7 @@ namespace vendril {
 /// `path`. Synchronous, any thread.
 std::optional<std::string> readBoundedFile(const std::string& path, std::size_t limit);
 
+/// As above, but a file that does not exist counts as an empty one.
+std::optional<std::string> readBoundedFileIfAny(const std::string& path, std::size_t limit);
+
 }  // namespace vendril

@@ -32,17 +32,26 @@ Handover outcomeOf(const GErrorSlot& error) {
 
 }  // namespace
 
-Handover handOver(GDBusConnection* connection, const std::string& busName,
-                  const std::vector<std::string>& links, std::chrono::milliseconds limit) {
+HandoverAnswer openOnBus(GDBusConnection* connection, const std::string& busName,
+                         const std::vector<std::string>& links, std::chrono::milliseconds limit,
+                         Activation activation) {
   const char* method = links.empty() ? "Activate" : "Open";
   GVariant* parameters = links.empty() ? g_variant_new("(a{sv})", nullptr) : openParameters(links);
   const auto timeout = std::max<gint>(1, static_cast<gint>(limit.count()));
+  const GDBusCallFlags flags =
+      activation == Activation::never ? G_DBUS_CALL_FLAGS_NO_AUTO_START : G_DBUS_CALL_FLAGS_NONE;
   GErrorSlot error;
   const GVariantPtr reply(g_dbus_connection_call_sync(
       connection, busName.c_str(), applicationObjectPath(busName).c_str(), kApplicationInterface,
-      method, parameters, G_VARIANT_TYPE_UNIT, G_DBUS_CALL_FLAGS_NO_AUTO_START, timeout, nullptr,
-      error.out()));
-  return reply ? Handover::done : outcomeOf(error);
+      method, parameters, G_VARIANT_TYPE_UNIT, flags, timeout, nullptr, error.out()));
+  return reply ? HandoverAnswer{Handover::done, ""}
+               : HandoverAnswer{outcomeOf(error), error.message(),
+                                error.matches(G_IO_ERROR, G_IO_ERROR_TIMED_OUT)};
+}
+
+Handover handOver(GDBusConnection* connection, const std::string& busName,
+                  const std::vector<std::string>& links, std::chrono::milliseconds limit) {
+  return openOnBus(connection, busName, links, limit, Activation::never).outcome;
 }
 
 }  // namespace vendril

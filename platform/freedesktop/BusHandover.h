@@ -20,8 +20,24 @@ enum class Handover {
   unanswered
 };
 
+/// Whether the bus may start a process when there is none.
+enum class Activation { never, whenNeeded };
+
+/// What became of it; when it is not done, the bus's error, and whether that is that the limit has
+/// passed.
+struct HandoverAnswer {
+  Handover outcome;
+  std::string error;
+  bool isTimeout = false;
+};
+
 /// Hands `links` to the process that owns `busName`, or only activates it when there are none, and
-/// waits up to `limit` for its answer. Never starts a process. Does not run the main context.
+/// waits up to `limit` for its answer. Does not run the main context.
+HandoverAnswer openOnBus(GDBusConnection* connection, const std::string& busName,
+                         const std::vector<std::string>& links, std::chrono::milliseconds limit,
+                         Activation activation);
+
+/// The same for a name that somebody owns; starts no process.
 Handover handOver(GDBusConnection* connection, const std::string& busName,
                   const std::vector<std::string>& links, std::chrono::milliseconds limit);
 

@@ -32,8 +32,8 @@ class EventLoop {
   EventLoop(const CurlLimits& limits, ProxyResolver resolver, std::shared_ptr<CurlMailbox> mailbox)
       : limits_(limits),
         mailbox_(std::move(mailbox)),
-        multi_(limits_),
         proxies_(std::move(resolver), limits.proxyLookupTime, replyTo(mailbox_)),
+        multi_(limits_),
         queue_(limits.maxSockets, limits.maxSocketsPerOrigin) {}
 
   void run() {
@@ -120,8 +120,9 @@ class EventLoop {
 
   const CurlLimits limits_;
   std::shared_ptr<CurlMailbox> mailbox_;
-  CurlMulti multi_;
+  /// Goes first: the resolver is prepared on another thread while libcurl is loaded on this one.
   ProxyStage proxies_;
+  CurlMulti multi_;
   TransferQueue<std::unique_ptr<CurlTransfer>> queue_;
   /// When a closing thread stops waiting for transfers.
   std::optional<Clock::time_point> end_;

@@ -13,31 +13,36 @@ constexpr std::size_t kMaxSpareHandles = 4;
 }  // namespace
 
 CurlMulti::CurlMulti(const CurlLimits& limits) : limits_(limits) {
-  if (global_.result() != CURLE_OK) {
-    setUpFailure_ = curl_easy_strerror(global_.result());
+  if (!global_.failure().empty()) {
+    setUpFailure_ = global_.failure();
     return;
   }
-  multi_.reset(curl_multi_init());
+  multi_.reset(curl().multi_init());
   if (multi_ == nullptr) {
-    setUpFailure_ = curl_easy_strerror(CURLE_OUT_OF_MEMORY);
+    setUpFailure_ = curl().easy_strerror(CURLE_OUT_OF_MEMORY);
+    return;
+  }
+  // Without descriptors libcurl makes a handle that nobody can wake up.
+  if (const CURLMcode result = curl_multi_wakeup(multi_.get()); result != CURLM_OK) {
+    setUpFailure_ = curl_multi_strerror(result);
     return;
   }
   // Idle connections count too, and make room for new ones.
   const auto maxConnections = static_cast<long>(limits.maxSockets);
-  curl_multi_setopt(multi_.get(), CURLMOPT_MAX_TOTAL_CONNECTIONS, maxConnections);
-  curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, maxConnections);
+  curl().multi_setopt(multi_.get(), CURLMOPT_MAX_TOTAL_CONNECTIONS, maxConnections);
+  curl().multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, maxConnections);
 }
 
 CurlMulti::~CurlMulti() {
   for (const auto& [easy, running] : running_) {
-    curl_multi_remove_handle(multi_.get(), easy);
+    curl().multi_remove_handle(multi_.get(), easy);
   }
 }
 
 bool CurlMulti::start(std::unique_ptr<CurlTransfer> transfer) {
   CurlEasyPtr easy = takeHandle();
   if (easy == nullptr) {
-    transfer->fail(curl_easy_strerror(CURLE_OUT_OF_MEMORY));
+    transfer->fail(curl().easy_strerror(CURLE_OUT_OF_MEMORY));
     return false;
   }
   if (const CURLcode result = transfer->prepare(easy.get(), limits_); result != CURLE_OK) {
@@ -46,8 +51,8 @@ bool CurlMulti::start(std::unique_ptr<CurlTransfer> transfer) {
   }
   CURL* const key = easy.get();
   const auto entry = running_.emplace(key, Running{std::move(transfer), std::move(easy)}).first;
-  if (const CURLMcode result = curl_multi_add_handle(multi_.get(), key); result != CURLM_OK) {
-    entry->second.transfer->fail(curl_multi_strerror(result));
+  if (const CURLMcode result = curl().multi_add_handle(multi_.get(), key); result != CURLM_OK) {
+    entry->second.transfer->fail(curl().multi_strerror(result));
     running_.erase(entry);
     return false;
   }
@@ -56,10 +61,10 @@ bool CurlMulti::start(std::unique_ptr<CurlTransfer> transfer) {
 
 std::vector<std::string> CurlMulti::perform() {
   int running = 0;
-  curl_multi_perform(multi_.get(), &running);
+  curl().multi_perform(multi_.get(), &running);
   std::vector<std::string> ended;
   int left = 0;
-  while (const CURLMsg* const message = curl_multi_info_read(multi_.get(), &left)) {
+  while (const CURLMsg* const message = curl().multi_info_read(multi_.get(), &left)) {
     if (message->msg == CURLMSG_DONE) {
       ended.push_back(finish(message->easy_handle, message->data.result));
     }
@@ -72,12 +77,13 @@ bool CurlMulti::wait(std::optional<std::chrono::milliseconds> limit) {
   // 24 days.
   constexpr int kLongest = std::numeric_limits<int>::max();
   const auto timeout = limit ? std::clamp<long>(limit->count(), 0, kLongest) : long{kLongest};
-  return curl_multi_poll(multi_.get(), nullptr, 0, static_cast<int>(timeout), nullptr) == CURLM_OK;
+  return curl().multi_poll(multi_.get(), nullptr, 0, static_cast<int>(timeout), nullptr) ==
+         CURLM_OK;
 }
 
 CurlEasyPtr CurlMulti::takeHandle() {
   if (spareHandles_.empty()) {
-    return CurlEasyPtr(curl_easy_init());
+    return CurlEasyPtr(curl().easy_init());
   }
   CurlEasyPtr easy = std::move(spareHandles_.back());
   spareHandles_.pop_back();
@@ -86,13 +92,13 @@ CurlEasyPtr CurlMulti::takeHandle() {
 
 void CurlMulti::keepHandle(CurlEasyPtr easy) {
   if (spareHandles_.size() < kMaxSpareHandles) {
-    curl_easy_reset(easy.get());
+    curl().easy_reset(easy.get());
     spareHandles_.push_back(std::move(easy));
   }
 }
 
 std::string CurlMulti::finish(CURL* easy, CURLcode result) {
-  curl_multi_remove_handle(multi_.get(), easy);
+  curl().multi_remove_handle(multi_.get(), easy);
   Running ended = std::move(running_.extract(easy).mapped());
   ended.transfer->finish(easy, result);
   keepHandle(std::move(ended.easy));

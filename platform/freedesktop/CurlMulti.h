@@ -39,7 +39,7 @@ class CurlMulti {
   bool wait(std::optional<std::chrono::milliseconds> limit);
 
   /// Ends the present wait, or the next one. Any thread.
-  void wakeUp() { curl_multi_wakeup(multi_.get()); }
+  void wakeUp() { curl().multi_wakeup(multi_.get()); }
 
   bool isBusy() const { return !running_.empty(); }
 

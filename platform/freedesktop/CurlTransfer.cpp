@@ -21,7 +21,7 @@ class CurlOptions {
   void set(CURLoption option, Value value) {
     static_assert(!std::is_same_v<Value, int>, "libcurl reads a long");
     if (result_ == CURLE_OK) {
-      result_ = curl_easy_setopt(easy_, option, value);
+      result_ = curl().easy_setopt(easy_, option, value);
     }
   }
 
@@ -100,7 +100,7 @@ CURLcode CurlTransfer::prepare(CURL* easy, const CurlLimits& limits) {
 void CurlTransfer::finish(CURL* easy, CURLcode result) {
   long status = 0;
   if (result == CURLE_OK) {
-    result = curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+    result = curl().easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
   }
   if (result == CURLE_OK) {
     completion_.succeed(UrlResponse{static_cast<int>(status)}, std::move(body_));
@@ -149,7 +149,7 @@ bool CurlTransfer::makeHeaderList() {
   }
   headers_.reset();
   for (const std::string& line : lines) {
-    curl_slist* const longer = curl_slist_append(headers_.get(), line.c_str());
+    curl_slist* const longer = curl().slist_append(headers_.get(), line.c_str());
     if (longer == nullptr) {
       return false;
     }
@@ -174,7 +174,7 @@ std::string CurlTransfer::failureDescription(CURLcode result) const {
     return refusal_;
   }
   const std::string_view details(errorBuffer_.data());
-  return details.empty() ? curl_easy_strerror(result) : std::string(details);
+  return details.empty() ? curl().easy_strerror(result) : std::string(details);
 }
 
 }  // namespace vendril

@@ -38,6 +38,17 @@ CurlUrlConnection::CurlUrlConnection(CurlLimits limits, ProxyResolver resolver)
 
 CurlUrlConnection::~CurlUrlConnection() = default;
 
+void CurlUrlConnection::prepare() noexcept {
+  try {
+    if (thread_ == nullptr) {
+      thread_ = std::make_unique<CurlEventThread>(limits_, resolver_);
+    }
+  } catch (const std::exception&) {
+    // The request itself will try again, and report it.
+    return;
+  }
+}
+
 void CurlUrlConnection::sendAsynchronousRequest(UrlRequest request,
                                                 std::shared_ptr<OperationQueue> queue,
                                                 CompletionHandler handler) {

@@ -29,6 +29,10 @@ class CurlUrlConnection : public UrlConnection {
   /// fail: each handler is on its queue when this returns.
   ~CurlUrlConnection() override;
 
+  /// Begins to load and set up what the first request needs, on the thread that will carry it. For
+  /// when a request is likely to come soon; does nothing when that has been done.
+  void prepare() noexcept;
+
   void sendAsynchronousRequest(UrlRequest request, std::shared_ptr<OperationQueue> queue,
                                CompletionHandler handler) override;
 

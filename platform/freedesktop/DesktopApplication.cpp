@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -45,7 +46,7 @@ int DesktopApplication::main(int argc, char** argv, ApplicationDelegate& delegat
   // Threads that GLib keeps for later work would wake up once more to find that there is none.
   g_thread_pool_set_max_unused_threads(0);
   const std::vector<std::string> links = linksAmong(argc, argv);
-  const std::unique_ptr<SessionBus> bus = SessionBus::connect(log_);
+  const std::unique_ptr<SessionBus> bus = SessionBus::connect(log_, [this] { terminate(); });
   std::optional<BusEndpoint> endpoint;
   if (bus) {
     // The object has to be there when the name is: callers come as soon as the bus knows the name.
@@ -57,13 +58,15 @@ int DesktopApplication::main(int argc, char** argv, ApplicationDelegate& delegat
     }
   }
   watchSignals();
-  launch(delegate, links);
-  run();
+  const bool launched = tryLaunch(delegate, links);
+  if (launched) {
+    run();
+  }
   if (bus) {
     leave(*bus);
   }
   delegate.applicationWillTerminate();
-  return 0;
+  return launched ? 0 : 1;
 }
 
 void DesktopApplication::terminate() {
@@ -86,14 +89,17 @@ std::vector<std::string> DesktopApplication::linksAmong(int argc, char** argv) c
 }
 
 // The process that gets the name is the first one, and so is one whose bus fails. The owner of the
-// name may end while links are handed to it; then the name is free again.
+// name may end while links are handed to it; then the name is free again. Each step gets what the
+// ones before have left of the time.
 DesktopApplication::Role DesktopApplication::findRole(SessionBus& bus,
                                                       const std::vector<std::string>& links) const {
   const auto end = steady_clock::now() + kHandoverLimit;
-  while (bus.requestName(busName_) == SessionBus::NameRequest::taken) {
-    const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(end - steady_clock::now());
-    const Handover handover = handOver(bus.connection(), busName_, links, left);
+  const auto left = [end] {
+    const auto time = std::chrono::ceil<std::chrono::milliseconds>(end - steady_clock::now());
+    return std::max(time, std::chrono::milliseconds(1));
+  };
+  while (bus.requestName(busName_, left()) == SessionBus::NameRequest::taken) {
+    const Handover handover = handOver(bus.connection(), busName_, links, left());
     if (handover == Handover::done) {
       return Role::handedOver;
     }
@@ -112,6 +118,22 @@ void DesktopApplication::watchSignals() {
   for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
     signals_.emplace_back(g_unix_signal_add(number, onSignal, static_cast<Application*>(this)));
   }
+}
+
+// A delegate that cannot be launched takes no links. Its process gives the name back, so that the
+// next link starts another one.
+bool DesktopApplication::tryLaunch(ApplicationDelegate& delegate,
+                                   const std::vector<std::string>& links) {
+  try {
+    launch(delegate, links);
+    return true;
+  } catch (const std::exception& exception) {
+    log_.write("The application could not be launched:");
+    log_.write(exception.what());
+  } catch (...) {
+    log_.write("The application could not be launched");
+  }
+  return false;
 }
 
 // The intake holds a single link until the launch is complete, so only the first may come earlier.

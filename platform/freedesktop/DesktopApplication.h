@@ -30,10 +30,11 @@ class DesktopApplication : public Application {
 
   /// Arguments whose scheme is one of the bundle's are links; all others are left alone.
   ///
-  /// The first process of a session runs until SIGTERM, SIGINT, SIGHUP or `terminate` ends it, and
-  /// returns 0. Any other hands its links to the first and returns 0, or 1 when that one does not
-  /// answer within five seconds; it does not call the delegate. Without a session bus every process
-  /// is a first one. To be called once.
+  /// The first process of a session runs until SIGTERM, SIGINT, SIGHUP, the end of the session bus
+  /// or `terminate` ends it, and returns 0; 1 when an exception has left the launch. Any other
+  /// process hands its links to the first and returns 0, or 1 when that one does not answer within
+  /// five seconds; it does not call the delegate. Without a session bus every process is a first
+  /// one. To be called once.
   int main(int argc, char** argv, ApplicationDelegate& delegate) override;
 
   void terminate() override;
@@ -48,6 +49,7 @@ class DesktopApplication : public Application {
   std::vector<std::string> linksAmong(int argc, char** argv) const;
   Role findRole(SessionBus& bus, const std::vector<std::string>& links) const;
   void watchSignals();
+  bool tryLaunch(ApplicationDelegate& delegate, const std::vector<std::string>& links);
   void launch(ApplicationDelegate& delegate, const std::vector<std::string>& links);
   void run();
   void leave(SessionBus& bus) const;

@@ -27,6 +27,9 @@ void DesktopUrlEvents::send(std::string_view uri) {
     log_.write("Nothing handles links");
     return;
   }
+  if (notice_) {
+    notice_();
+  }
   // A copy, because a handler may set its successor while it runs.
   const Handler handler = found->second;
   UrlEvent reply;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string_view>
 #include <utility>
@@ -16,6 +17,9 @@ class DesktopUrlEvents : public UrlEvents {
   /// `log` outlives this object.
   explicit DesktopUrlEvents(SystemLog& log) : log_(log) {}
 
+  /// Calls `notice` as soon as a link has arrived, before it is handed to its handler.
+  void setArrivalNotice(std::function<void()> notice) { notice_ = std::move(notice); }
+
   void setEventHandler(Handler handler, FourCharCode eventClass, FourCharCode eventId) override;
 
   /// Delivers `uri`, byte for byte, as a GetURL event and returns when it has been handled. An
@@ -26,6 +30,7 @@ class DesktopUrlEvents : public UrlEvents {
   void send(std::string_view uri);
 
   SystemLog& log_;
+  std::function<void()> notice_;
   std::map<std::pair<FourCharCode, FourCharCode>, Handler> handlers_;
 };
 

@@ -1,5 +1,6 @@
 #include "platform/freedesktop/FreedesktopHost.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <utility>
 
@@ -23,6 +24,11 @@ std::string desktopId(const Bundle& bundle) {
   return asciiLowercase(bundle.bundleIdentifier().value_or(""));
 }
 
+/// The bus tells a service that it starts which bus it is.
+bool isStartedByBus() {
+  return std::getenv("DBUS_STARTER_ADDRESS") != nullptr;
+}
+
 }  // namespace
 
 FreedesktopHost::FreedesktopHost(int argc, char** argv, SchemeReader schemesOf)
@@ -35,6 +41,12 @@ FreedesktopHost::FreedesktopHost(int argc, char** argv, SchemeReader schemesOf)
                    [this, schemesOf = std::move(schemesOf)] { return schemesOf(bundle_); }),
       urlConnection_(std::make_unique<CurlUrlConnection>()) {
   CurlUrlConnection::prepareProcess();
+  // Most links lead to a request, whose libraries are loaded while the link is still being handled.
+  urlEvents_.setArrivalNotice([this] { urlConnection_->prepare(); });
+  if (isStartedByBus()) {
+    // With a link, as a rule, and never as a second process.
+    urlConnection_->prepare();
+  }
 }
 
 std::shared_ptr<Alert> FreedesktopHost::makeAlert() {

@@ -13,6 +13,7 @@
 #include "platform/freedesktop/JournalSystemLog.h"
 #include "platform/freedesktop/PlistFiles.h"
 #include "platform/freedesktop/PlistUserDefaults.h"
+#include "platform/freedesktop/StandardStreams.h"
 #include "platform/freedesktop/UnixProcessInfo.h"
 #include "platform/freedesktop/XdgUserDirectories.h"
 
@@ -52,6 +53,7 @@ class FreedesktopHost : public Host {
   std::shared_ptr<OperationQueue> makeOperationQueue() override;
 
  private:
+  StandardStreams standardStreams_;
   JournalSystemLog systemLog_;
   UnixProcessInfo processInfo_;
   ExecutableBundle bundle_;

@@ -1,6 +1,7 @@
 #include "platform/freedesktop/HandlerLookup.h"
 
 #include <algorithm>
+#include <map>
 
 #include "platform/freedesktop/MimeAppsList.h"
 
@@ -11,13 +12,28 @@ bool contains(const std::vector<std::string>& ids, const std::string& id) {
   return std::find(ids.begin(), ids.end(), id) != ids.end();
 }
 
-/// What a list gives for a type; nothing when it is missing or does not parse.
-std::vector<std::string> applicationsIn(const std::optional<MimeAppsList>& list, const char* group,
-                                        const std::string& type) {
-  return list ? list->applications(group, type) : std::vector<std::string>();
-}
-
 }  // namespace
+
+/// The lists as they are when one question is asked, as far as they concern its type. Each is read
+/// once, although it counts for the defaults and again for the associations.
+class HandlerLookup::Lists {
+ public:
+  explicit Lists(const std::string& type) : type_(type) {}
+
+  /// What `group` of the list at `path` gives for the type; nothing when the list is missing or
+  /// does not parse.
+  std::vector<std::string> applications(const std::string& path, const char* group) {
+    const auto [entry, isNew] = lists_.try_emplace(path);
+    if (isNew) {
+      entry->second = MimeAppsList::readAbout(type_, path);
+    }
+    return entry->second ? entry->second->applications(group, type_) : std::vector<std::string>();
+  }
+
+ private:
+  const std::string& type_;
+  std::map<std::string, std::optional<MimeAppsList>> lists_;
+};
 
 HandlerLookup::HandlerLookup(const XdgPaths& paths)
     : applications_(paths), desktops_(paths.currentDesktops) {
@@ -33,10 +49,11 @@ HandlerLookup::HandlerLookup(const XdgPaths& paths)
 }
 
 std::optional<std::string> HandlerLookup::defaultApplication(const std::string& type) const {
-  if (auto named = firstNamedDefault(type)) {
+  Lists lists(type);
+  if (auto named = firstNamedDefault(lists)) {
     return named;
   }
-  for (const std::string& id : associations(type)) {
+  for (const std::string& id : associations(lists)) {
     if (applications_.find(id)) {
       return id;
     }
@@ -45,16 +62,16 @@ std::optional<std::string> HandlerLookup::defaultApplication(const std::string& 
 }
 
 std::vector<std::string> HandlerLookup::associatedApplications(const std::string& type) const {
-  std::vector<std::string> ids = associations(type);
+  Lists lists(type);
+  std::vector<std::string> ids = associations(lists);
   std::erase_if(ids, [this](const std::string& id) { return !applications_.contains(id); });
   return ids;
 }
 
-std::optional<std::string> HandlerLookup::firstNamedDefault(const std::string& type) const {
+std::optional<std::string> HandlerLookup::firstNamedDefault(Lists& lists) const {
   for (const Directory& directory : directories_) {
     for (const std::string& path : defaultLists(directory)) {
-      for (const std::string& id :
-           applicationsIn(MimeAppsList::read(path), MimeAppsList::kDefaultApplications, type)) {
+      for (const std::string& id : lists.applications(path, MimeAppsList::kDefaultApplications)) {
         if (applications_.find(id)) {
           return id;
         }
@@ -64,16 +81,16 @@ std::optional<std::string> HandlerLookup::firstNamedDefault(const std::string& t
   return std::nullopt;
 }
 
-std::vector<std::string> HandlerLookup::associations(const std::string& type) const {
+std::vector<std::string> HandlerLookup::associations(Lists& lists) const {
   std::vector<std::string> added;
   std::vector<std::string> removed;
   for (const Directory& directory : directories_) {
-    addAssociations(directory, type, added, removed);
+    addAssociations(directory, lists, added, removed);
   }
   return added;
 }
 
-void HandlerLookup::addAssociations(const Directory& directory, const std::string& type,
+void HandlerLookup::addAssociations(const Directory& directory, Lists& lists,
                                     std::vector<std::string>& added,
                                     std::vector<std::string>& removed) const {
   const auto add = [&](const std::vector<std::string>& ids) {
@@ -84,14 +101,13 @@ void HandlerLookup::addAssociations(const Directory& directory, const std::strin
     }
   };
   // Only the list without a desktop's name may add or remove; the cache comes behind it.
-  const auto list = MimeAppsList::read(directory.path + "/mimeapps.list");
-  add(applicationsIn(list, MimeAppsList::kAddedAssociations, type));
-  for (std::string& id : applicationsIn(list, MimeAppsList::kRemovedAssociations, type)) {
+  const std::string list = directory.path + "/mimeapps.list";
+  add(lists.applications(list, MimeAppsList::kAddedAssociations));
+  for (std::string& id : lists.applications(list, MimeAppsList::kRemovedAssociations)) {
     removed.push_back(std::move(id));
   }
   if (directory.data) {
-    add(applicationsIn(MimeAppsList::read(directory.path + "/mimeinfo.cache"),
-                       MimeAppsList::kMimeCache, type));
+    add(lists.applications(directory.path + "/mimeinfo.cache", MimeAppsList::kMimeCache));
   }
 }
 

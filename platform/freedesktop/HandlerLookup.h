@@ -33,11 +33,13 @@ class HandlerLookup {
     std::optional<std::size_t> data;
   };
 
-  std::optional<std::string> firstNamedDefault(const std::string& type) const;
+  class Lists;
+
+  std::optional<std::string> firstNamedDefault(Lists& lists) const;
   /// Those that the lists name, installed or not.
-  std::vector<std::string> associations(const std::string& type) const;
-  void addAssociations(const Directory& directory, const std::string& type,
-                       std::vector<std::string>& added, std::vector<std::string>& removed) const;
+  std::vector<std::string> associations(Lists& lists) const;
+  void addAssociations(const Directory& directory, Lists& lists, std::vector<std::string>& added,
+                       std::vector<std::string>& removed) const;
   bool isMasked(const Directory& directory, const std::string& id) const;
   std::vector<std::string> defaultLists(const Directory& directory) const;
 

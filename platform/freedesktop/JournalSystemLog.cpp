@@ -4,7 +4,6 @@
 #include <glib.h>
 #include <unistd.h>
 
-#include <array>
 #include <exception>
 
 #include "platform/freedesktop/LogRecord.h"
@@ -14,31 +13,27 @@ namespace {
 
 constexpr const char* kIdentifier = "vendril";
 
-/// The syslog severity "informational" of RFC 5424.
-constexpr const char* kPriority = "6";
-
-/// Where the journal takes records, as systemd documents it in its native journal protocol.
-constexpr const char* kJournalSocket = "/run/systemd/journal/socket";
-
-void writeToJournal(std::string_view message) {
-  const std::array<GLogField, 3> fields{{{"MESSAGE", message.data(), gssize(message.size())},
-                                         {"PRIORITY", kPriority, -1},
-                                         {"SYSLOG_IDENTIFIER", kIdentifier, -1}}};
-  g_log_writer_journald(G_LOG_LEVEL_INFO, fields.data(), fields.size(), nullptr);
+/// "6" is the syslog severity "informational" of RFC 5424.
+std::string journalFields() {
+  return fmt::format("PRIORITY=6\nSYSLOG_IDENTIFIER={}\n", kIdentifier);
 }
 
 }  // namespace
 
 JournalSystemLog::JournalSystemLog()
-    : toJournal_(::access(kJournalSocket, W_OK) == 0),
-      toStandardError_(!toJournal_ || g_log_writer_is_journald(STDERR_FILENO) == FALSE),
+    : journal_(journalFields()),
+      toStandardError_(!journal_.isPresent() || g_log_writer_is_journald(STDERR_FILENO) == FALSE),
       process_(fmt::format(" {}[{}] ", kIdentifier, ::getpid())),
       standardError_(STDERR_FILENO) {}
 
+bool JournalSystemLog::isJournalThere() {
+  return JournalSocket::isThere();
+}
+
 void JournalSystemLog::write(std::string_view message) noexcept {
   try {
-    if (toJournal_) {
-      writeToJournal(message);
+    if (journal_.isPresent()) {
+      journal_.write(message);
     }
     if (toStandardError_) {
       standardError_.write(recordOf(message));

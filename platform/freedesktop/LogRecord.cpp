@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <glib.h>
 
+#include <algorithm>
 #include <iterator>
 
 namespace vendril {
@@ -30,8 +31,21 @@ void appendEscaped(std::string& out, std::string_view bytes) {
   }
 }
 
+bool isPlain(char byte) {
+  const auto value = static_cast<unsigned char>(byte);
+  return value >= 0x20 && value < 0x7F;
+}
+
 void appendUtf8(std::string& out, std::string_view text) {
   while (!text.empty()) {
+    // Most of a message is plain, and goes over in one piece.
+    const auto plain = static_cast<std::size_t>(
+        std::find_if_not(text.begin(), text.end(), isPlain) - text.begin());
+    out += text.substr(0, plain);
+    text.remove_prefix(plain);
+    if (text.empty()) {
+      return;
+    }
     std::size_t length = unprintableLength(text);
     if (text.front() == '\n') {
       out += "\n\t";

@@ -55,7 +55,7 @@ std::optional<std::string> spelledForCurl(std::string_view proxy) {
 }  // namespace
 
 ProxyResolver gioProxyResolver() {
-  return askGio;
+  return {askGio, [] { g_proxy_resolver_get_default(); }};
 }
 
 bool environmentNamesProxy(const std::string& origin) {

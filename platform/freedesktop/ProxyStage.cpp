@@ -23,7 +23,11 @@ ProxyAnswer askGuarded(const ProxyResolver& resolver, const std::string& url) {
 }  // namespace
 
 ProxyStage::ProxyStage(ProxyResolver resolver, std::chrono::milliseconds lookupTime, Reply reply)
-    : resolver_(std::move(resolver)), lookupTime_(lookupTime), reply_(std::move(reply)) {}
+    : resolver_(std::move(resolver)), lookupTime_(lookupTime), reply_(std::move(reply)) {
+  if (resolver_.prepare()) {
+    workers().addOperation(resolver_.prepare());
+  }
+}
 
 ProxyStage::~ProxyStage() {
   if (workers_ != nullptr) {
@@ -78,12 +82,16 @@ std::optional<ProxyStage::Clock::time_point> ProxyStage::nextDeadline() const {
 
 void ProxyStage::ask(const std::string& origin) {
   lookups_[origin].deadline = Clock::now() + lookupTime_;
+  workers().addOperation([resolver = resolver_, reply = reply_, origin] {
+    reply(origin, askGuarded(resolver, origin + "/"));
+  });
+}
+
+ThreadOperationQueue& ProxyStage::workers() {
   if (workers_ == nullptr) {
     workers_ = std::make_unique<ThreadOperationQueue>(kMaxLookups);
   }
-  workers_->addOperation([resolver = resolver_, reply = reply_, origin] {
-    reply(origin, askGuarded(resolver, origin + "/"));
-  });
+  return *workers_;
 }
 
 void ProxyStage::release(Transfers transfers, const std::string& proxy) {

@@ -26,6 +26,7 @@ class ProxyStage {
   /// after the stage is gone.
   using Reply = std::function<void(std::string origin, ProxyAnswer answer)>;
 
+  /// Begins to prepare the resolver.
   ProxyStage(ProxyResolver resolver, std::chrono::milliseconds lookupTime, Reply reply);
   ProxyStage(const ProxyStage&) = delete;
   ProxyStage& operator=(const ProxyStage&) = delete;
@@ -48,6 +49,7 @@ class ProxyStage {
   };
 
   void ask(const std::string& origin);
+  ThreadOperationQueue& workers();
   void release(Transfers transfers, const std::string& proxy);
   void keepForEver(const std::string& proxy);
 

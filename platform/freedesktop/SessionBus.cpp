@@ -13,14 +13,9 @@ constexpr guint32 kDoNotQueue = 4;
 constexpr guint32 kPrimaryOwner = 1;
 constexpr guint32 kAlreadyOwner = 4;
 
-void onClosed(GDBusConnection* /*connection*/, gboolean /*remotePeerVanished*/, GError* /*error*/,
-              gpointer log) {
-  static_cast<SystemLog*>(log)->write("The session bus has gone; no more links come from it");
-}
-
 }  // namespace
 
-std::unique_ptr<SessionBus> SessionBus::connect(SystemLog& log) {
+std::unique_ptr<SessionBus> SessionBus::connect(SystemLog& log, Gone gone) {
   BoundedWait wait(kBusAnswerLimit);
   g_bus_get(G_BUS_TYPE_SESSION, wait.cancellable(), BoundedWait::finish, wait.userData());
   GAsyncResult* result = wait.result();
@@ -34,23 +29,31 @@ std::unique_ptr<SessionBus> SessionBus::connect(SystemLog& log) {
     log.write(formatMessage("There is no session bus: %s", error.message()));
     return nullptr;
   }
-  return std::unique_ptr<SessionBus>(new SessionBus(std::move(connection), log));
+  return std::unique_ptr<SessionBus>(new SessionBus(std::move(connection), log, std::move(gone)));
 }
 
-SessionBus::SessionBus(GObjectPtr<GDBusConnection> connection, SystemLog& log)
-    : connection_(std::move(connection)), log_(log) {
+SessionBus::SessionBus(GObjectPtr<GDBusConnection> connection, SystemLog& log, Gone gone)
+    : connection_(std::move(connection)), log_(log), gone_(std::move(gone)) {
   g_dbus_connection_set_exit_on_close(connection_.get(), FALSE);
-  closedHandler_ = g_signal_connect(connection_.get(), "closed", G_CALLBACK(onClosed), &log_);
+  closedHandler_ = g_signal_connect(connection_.get(), "closed", G_CALLBACK(onClosed), this);
 }
 
 SessionBus::~SessionBus() {
   g_signal_handler_disconnect(connection_.get(), closedHandler_);
 }
 
-SessionBus::NameRequest SessionBus::requestName(const std::string& name) {
+void SessionBus::onClosed(GDBusConnection* /*connection*/, gboolean /*remotePeerVanished*/,
+                          GError* /*error*/, gpointer bus) {
+  const auto& self = *static_cast<SessionBus*>(bus);
+  self.log_.write("The session bus has gone; the next link starts the application anew");
+  self.gone_();
+}
+
+SessionBus::NameRequest SessionBus::requestName(const std::string& name,
+                                                std::chrono::milliseconds limit) {
   GErrorSlot error;
   const GVariantPtr reply =
-      callBus("RequestName", g_variant_new("(su)", name.c_str(), kDoNotQueue), "(u)", error);
+      callBus("RequestName", g_variant_new("(su)", name.c_str(), kDoNotQueue), limit, error);
   if (!reply) {
     log_.write(
         formatMessage("The session bus does not give out the name %s: %s", name, error.message()));
@@ -63,7 +66,7 @@ SessionBus::NameRequest SessionBus::requestName(const std::string& name) {
 
 void SessionBus::releaseName(const std::string& name) {
   GErrorSlot ignored;
-  callBus("ReleaseName", g_variant_new("(s)", name.c_str()), "(u)", ignored);
+  callBus("ReleaseName", g_variant_new("(s)", name.c_str()), kBusAnswerLimit, ignored);
 }
 
 void SessionBus::flush() {
@@ -75,12 +78,11 @@ void SessionBus::flush() {
   }
 }
 
-GVariantPtr SessionBus::callBus(const char* method, GVariant* parameters, const char* replyType,
-                                GErrorSlot& error) {
-  const std::chrono::milliseconds limit = kBusAnswerLimit;
+GVariantPtr SessionBus::callBus(const char* method, GVariant* parameters,
+                                std::chrono::milliseconds limit, GErrorSlot& error) {
   return GVariantPtr(g_dbus_connection_call_sync(
       connection_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-      method, parameters, G_VARIANT_TYPE(replyType), G_DBUS_CALL_FLAGS_NONE,
+      method, parameters, G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE,
       static_cast<gint>(limit.count()), nullptr, error.out()));
 }
 

@@ -3,6 +3,7 @@
 #include <gio/gio.h>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -15,15 +16,17 @@ namespace vendril {
 /// does not is stopped or gone.
 inline constexpr std::chrono::seconds kBusAnswerLimit{5};
 
-/// The process's connection to the session bus. When the bus closes it the process goes on without
-/// a bus: that a session bus goes away means that its session ends. Main thread only.
+/// The process's connection to the session bus. Main thread only.
 class SessionBus {
  public:
   enum class NameRequest { granted, taken, failed };
 
+  /// Called by the main context when the bus has closed the connection.
+  using Gone = std::function<void()>;
+
   /// Connects to the session's bus; null, and a line in `log`, when there is none or when it does
   /// not answer in time. Runs the main context. `log` outlives the result.
-  static std::unique_ptr<SessionBus> connect(SystemLog& log);
+  static std::unique_ptr<SessionBus> connect(SystemLog& log, Gone gone);
 
   SessionBus(const SessionBus&) = delete;
   SessionBus& operator=(const SessionBus&) = delete;
@@ -32,8 +35,9 @@ class SessionBus {
   GDBusConnection* connection() const { return connection_.get(); }
 
   /// Asks for a well-known name, without waiting in the queue for it and without allowing anybody
-  /// to take it over. A failure is recorded in the log.
-  NameRequest requestName(const std::string& name);
+  /// to take it over. A failure, and that the bus does not answer within `limit`, is recorded in
+  /// the log.
+  NameRequest requestName(const std::string& name, std::chrono::milliseconds limit);
 
   /// Gives a name back. All messages that were sent to the name before that have arrived when this
   /// returns.
@@ -43,13 +47,17 @@ class SessionBus {
   void flush();
 
  private:
-  SessionBus(GObjectPtr<GDBusConnection> connection, SystemLog& log);
+  SessionBus(GObjectPtr<GDBusConnection> connection, SystemLog& log, Gone gone);
 
-  GVariantPtr callBus(const char* method, GVariant* parameters, const char* replyType,
+  static void onClosed(GDBusConnection* connection, gboolean remotePeerVanished, GError* error,
+                       gpointer bus);
+
+  GVariantPtr callBus(const char* method, GVariant* parameters, std::chrono::milliseconds limit,
                       GErrorSlot& error);
 
   GObjectPtr<GDBusConnection> connection_;
   SystemLog& log_;
+  Gone gone_;
   gulong closedHandler_;
 };
 

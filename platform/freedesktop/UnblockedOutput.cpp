@@ -1,7 +1,6 @@
 #include "platform/freedesktop/UnblockedOutput.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -12,9 +11,6 @@
 
 namespace vendril {
 namespace {
-
-/// How long a slow reader may take to make room, once.
-constexpr int kRoomLimitMilliseconds = 100;
 
 constexpr int kNoDescriptor = -1;
 
@@ -61,14 +57,14 @@ void UnblockedOutput::write(std::string_view record) noexcept {
 // Returns the number of bytes that found no room.
 std::size_t UnblockedOutput::putAll(std::string_view bytes) noexcept {
   while (!bytes.empty()) {
-    if (mayBlock_ && !waitForRoom()) {
+    if (mayBlock_ && !patience_.waitForRoom(descriptor_)) {
       break;
     }
     const ssize_t count = put(mayBlock_ ? bytes.substr(0, PIPE_BUF) : bytes);
     if (count >= 0) {
       bytes.remove_prefix(static_cast<std::size_t>(count));
-      stuck_.store(false, std::memory_order_relaxed);
-    } else if (errno != EINTR && (errno != EAGAIN || !waitForRoom())) {
+      patience_.renew();
+    } else if (errno != EINTR && (errno != EAGAIN || !patience_.waitForRoom(descriptor_))) {
       break;
     }
   }
@@ -78,16 +74,6 @@ std::size_t UnblockedOutput::putAll(std::string_view bytes) noexcept {
 ssize_t UnblockedOutput::put(std::string_view bytes) const noexcept {
   return socket_ ? ::send(descriptor_, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL)
                  : ::write(descriptor_, bytes.data(), bytes.size());
-}
-
-bool UnblockedOutput::waitForRoom() noexcept {
-  pollfd target{descriptor_, POLLOUT, 0};
-  const int limit = stuck_.load(std::memory_order_relaxed) ? 0 : kRoomLimitMilliseconds;
-  const bool room = ::poll(&target, 1, limit) > 0;
-  if (!room) {
-    stuck_.store(true, std::memory_order_relaxed);
-  }
-  return room;
 }
 
 }  // namespace vendril

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <string_view>
 
+#include "platform/freedesktop/ReaderPatience.h"
+
 namespace vendril {
 
 /// Writes records to a descriptor that other processes share, and never waits long for whoever
@@ -26,7 +28,6 @@ class UnblockedOutput {
  private:
   std::size_t putAll(std::string_view bytes) noexcept;
   ssize_t put(std::string_view bytes) const noexcept;
-  bool waitForRoom() noexcept;
 
   int descriptor_;
   bool owned_ = false;
@@ -34,8 +35,7 @@ class UnblockedOutput {
   /// A write waits for the reader, so look before each piece of PIPE_BUF bytes, for which there is
   /// room then.
   bool mayBlock_ = false;
-  /// The reader has let a whole wait pass; it gets no other until it takes something.
-  std::atomic<bool> stuck_ = false;
+  ReaderPatience patience_;
   /// The end of a long record did not find room, so its line is still open.
   std::atomic<bool> torn_ = false;
 };

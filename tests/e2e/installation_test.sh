@@ -8,11 +8,12 @@ id=${VENDRIL_ID:?}
 version=${VENDRIL_VERSION:?}
 read -ra schemes <<<"${VENDRIL_SCHEMES:?}"
 program=$prefix/bin/vendril
+tool=$prefix/bin/vendrilctl
 entry=$prefix/share/applications/$id.desktop
 bus_service=$prefix/share/dbus-1/services/$id.service
 unit=$prefix/share/systemd/user/$id.service
 metainfo=$prefix/share/metainfo/$id.metainfo.xml
-manual=$prefix/share/man/man1/vendril.1.gz
+manuals=$prefix/share/man/man1
 icons=$prefix/share/icons/hicolor
 
 # The value of the key $2 in the file $1. The keys used here occur once in their files.
@@ -80,19 +81,71 @@ TheMetainfoNamesTheVersionAndEveryScheme() {
   done
 }
 
-TheManualRendersWithoutWarnings() {
+EveryProgramHasAManualThatRendersWithoutWarnings() {
+  local installed
   make_scratch_directory
-  zcat "$manual" >"$scratch/vendril.1"
-  assert_silent_success 'the manual' groff -man -ww -b -z -Tutf8 -rLL=80n "$scratch/vendril.1"
+  for installed in "$prefix"/bin/*; do
+    zcat "$manuals/$(basename "$installed").1.gz" >"$scratch/manual.1"
+    assert_silent_success "the manual of $installed" \
+      groff -man -ww -b -z -Tutf8 -rLL=80n "$scratch/manual.1"
+  done
 }
 
-TheManualNamesTheVersionAndEveryScheme() {
-  local text scheme
-  text=$(zcat "$manual" | groff -man -Tascii -P-cbou)
-  assert_contains manual "Vendril $version" "$text"
-  for scheme in "${schemes[@]}"; do
-    assert_contains manual "$scheme" "$text"
+TheManualsNameTheVersionAndEveryScheme() {
+  local page text scheme
+  for page in vendril vendril-portal vendrilctl; do
+    text=$(zcat "$manuals/$page.1.gz" | groff -man -Tascii -P-cbou)
+    assert_contains "$page(1)" "Vendril $version" "$text"
+    for scheme in "${schemes[@]}"; do
+      assert_contains "$page(1)" "$scheme" "$text"
+    done
   done
+}
+
+TheManualOfTheToolNamesEveryCommandAndOption() {
+  local text word words
+  text=$(zcat "$manuals/vendrilctl.1.gz" | groff -man -Tascii -P-cbou)
+  words=$(for command in '' open report config login-item log; do
+    # shellcheck disable=SC2086
+    "$tool" $command --help
+  done | grep --only-matching --extended-regexp '^  [a-z][a-z-]+|--[a-z-]+' | sort --unique)
+  assert_contains 'the words of the help' update-version "$words"
+  for word in $words; do
+    assert_contains 'manual of the tool' "$word" "$text"
+  done
+}
+
+TheManualOfThePortalNamesEveryOption() {
+  local option text
+  text=$(zcat "$manuals/vendril-portal.1.gz" | groff -man -Tascii -P-cbou)
+  while IFS= read -r option; do
+    assert_contains 'vendril-portal(1)' "$option" "$text"
+  done < <("$prefix/bin/vendril-portal" --help | grep --only-matching -E -e '--[a-z]+')
+  assert_contains 'vendril-portal --help' --answer "$("$prefix/bin/vendril-portal" --help)"
+}
+
+TheCompletionsOfThePortalNameEveryOption() {
+  local option file
+  while IFS= read -r option; do
+    for file in bash-completion/completions/vendril-portal zsh/site-functions/_vendril-portal; do
+      assert_contains "$file" "$option" "$(<"$prefix/share/$file")"
+    done
+    assert_contains 'the completion for fish' "-l ${option#--}" \
+      "$(<"$prefix/share/fish/vendor_completions.d/vendril-portal.fish")"
+  done < <("$prefix/bin/vendril-portal" --help | grep --only-matching -E -e '--[a-z]+')
+}
+
+BashCompletesTheAnswersOfThePortal() {
+  # shellcheck source=/dev/null
+  source "$prefix/share/bash-completion/completions/vendril-portal"
+  COMP_WORDS=(vendril-portal --answer re)
+  COMP_CWORD=2
+  _vendril_portal
+  assert_equal completions 'redirect reset' "${COMPREPLY[*]}"
+}
+
+ThePortalTellsItsVersion() {
+  assert_equal version "vendril-portal $version" "$("$prefix/bin/vendril-portal" --version)"
 }
 
 EveryIconHasTheSizeOfItsDirectory() {
@@ -111,7 +164,8 @@ NoPlaceholderIsLeft() {
 
 NothingButTheProgramsFilesIsInstalled() {
   local strangers
-  strangers=$(find "$prefix" -type f ! -name "$id.*" ! -name 'vendril*' ! -name mimeinfo.cache)
+  strangers=$(find "$prefix" -type f ! -name "$id.*" ! -name 'vendril*' \
+    ! -name '_vendril*' ! -name mimeinfo.cache)
   assert_equal 'files of other names' '' "$strangers"
 }
 
@@ -124,6 +178,18 @@ APrefixThatCannotStandInAnEntryIsRefused() {
     fi
     assert_contains "the refusal of '$bad'" 'cannot stand in a desktop' "$output"
     [[ ! -e $scratch/$bad ]] || fail "something was installed in '$bad'"
+  done
+}
+
+TheToolIsOfTheSameVersion() {
+  assert_contains 'vendrilctl --version' "vendrilctl $version" "$("$tool" --version)"
+}
+
+TheCompletionsLieWhereTheShellsLook() {
+  local file
+  for file in bash-completion/completions/vendrilctl fish/vendor_completions.d/vendrilctl.fish \
+    zsh/site-functions/_vendrilctl; do
+    [[ -f $prefix/share/$file ]] || fail "there is no $prefix/share/$file"
   done
 }
 

@@ -26,7 +26,7 @@ LintianFindsNoErrorAndNoWarning() {
 ItDependsOnTheLibrariesThatTheProgramIsLinkedWith() {
   local library depends
   depends=$(field Depends)
-  for library in libc6 libcurl4 libglib2.0-0 libjansson4 libplist3; do
+  for library in libc6 libcpp-httplib0.11 libcurl4 libglib2.0-0 libjansson4 libplist3; do
     assert_contains Depends "$library" "$depends"
   done
 }
@@ -34,9 +34,13 @@ ItDependsOnTheLibrariesThatTheProgramIsLinkedWith() {
 ItLaysOutTheApplicationInUsr() {
   local file all
   all=$(contents)
-  for file in bin/vendril "share/applications/$id.desktop" "share/dbus-1/services/$id.service" \
-    "lib/systemd/user/$id.service" "share/metainfo/$id.metainfo.xml" \
-    "share/icons/hicolor/scalable/apps/$id.svg" share/man/man1/vendril.1.gz \
+  for file in bin/vendril bin/vendrilctl bin/vendril-portal "share/applications/$id.desktop" \
+    "share/dbus-1/services/$id.service" "lib/systemd/user/$id.service" \
+    "share/metainfo/$id.metainfo.xml" "share/icons/hicolor/scalable/apps/$id.svg" \
+    share/man/man1/{vendril,vendrilctl,vendril-portal}.1.gz \
+    share/bash-completion/completions/{vendrilctl,vendril-portal} \
+    share/zsh/vendor-completions/_{vendrilctl,vendril-portal} \
+    share/fish/vendor_completions.d/{vendrilctl,vendril-portal}.fish \
     share/doc/vendril/copyright share/doc/vendril/changelog.Debian.gz; do
     assert_contains contents " ./usr/$file" "$all"
   done

@@ -117,6 +117,10 @@ class AlertStyle : public AlertOnABus {
     return light;
   }
 
+  /// A portal that hangs keeps the questions.
+  bool hangs_ = false;
+  std::vector<GObjectPtr<GDBusMethodInvocation>> unanswered_;
+
  private:
   static void read(GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*,
                    GVariant* parameters, GDBusMethodInvocation* invocation, gpointer self) {
@@ -125,6 +129,10 @@ class AlertStyle : public AlertOnABus {
     g_variant_get(parameters, "(&s&s)", &settings, &key);
     EXPECT_STREQ(settings, "org.freedesktop.appearance");
     EXPECT_STREQ(key, "color-scheme");
+    if (static_cast<AlertStyle*>(self)->hangs_) {
+      static_cast<AlertStyle*>(self)->unanswered_.emplace_back(invocation);
+      return;
+    }
     GVariant* value = g_variant_new_uint32(static_cast<AlertStyle*>(self)->colorScheme_);
     g_dbus_method_invocation_return_value(invocation,
                                           g_variant_new("(v)", g_variant_new_variant(value)));
@@ -140,6 +148,14 @@ TEST_F(AlertStyle, IsLightWithoutAPortal) {
 TEST_F(AlertStyle, IsLightOnADesktopWithoutAPreference) {
   startPortal(kNoPreference);
   EXPECT_TRUE(showsLight());
+}
+
+TEST_F(AlertStyle, PortalThatHangsKeepsNoAlertFromTheUser) {
+  hangs_ = true;
+  startPortal(kDark);
+  EXPECT_TRUE(showsLight());
+  EXPECT_FALSE(unanswered_.empty()) << "the portal was not asked";
+  unanswered_.clear();
 }
 
 TEST_F(AlertStyle, IsDarkOnADarkDesktop) {

@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 
 #include <algorithm>
 #include <charconv>
@@ -14,7 +12,7 @@
 
 #include "support/AgentTest.h"
 #include "support/MainLoop.h"
-#include "support/UniqueFd.h"
+#include "support/SilentBus.h"
 
 namespace vendril {
 namespace {
@@ -81,28 +79,29 @@ TEST_F(ApplicationTest, RunsWhenNothingNamesASessionBus) {
 }
 
 TEST_F(ApplicationTest, GivesUpABusThatNeverAnswers) {
-  const std::filesystem::path path = home_.root() / "silent";
-  const UniqueFd silent(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  path.string().copy(address.sun_path, sizeof address.sun_path - 1);
-  ASSERT_EQ(::bind(silent.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-  ASSERT_EQ(::listen(silent.get(), 8), 0);
-  const Process agent =
-      start({"t:one"}, {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + path.string()}});
+  const SilentBus bus((home_.root() / "silent").string());
+  const Process agent = start({"t:one"}, {{"DBUS_SESSION_BUS_ADDRESS", bus.address()}});
   EXPECT_TRUE(waitForRecord("link t:one"));
   EXPECT_EQ(quit(*agent), 0);
   EXPECT_THAT(agent->err(), HasSubstr("The session bus does not answer"));
 }
 
-TEST_F(ApplicationTest, SurvivesTheEndOfTheBusWithOneLine) {
+TEST_F(ApplicationTest, EndsWithTheBusAfterOneLine) {
   const Process agent = startFirst();
   bus_.stop();
-  EXPECT_TRUE(agent->waitForErr("The session bus has gone"));
-  EXPECT_EQ(agent->waitForExit(std::chrono::milliseconds(200)), std::nullopt);
-  EXPECT_EQ(quit(*agent), 0);
+  EXPECT_EQ(agent->waitForExit(), 0);
   EXPECT_THAT(record(), ElementsAre("will", "did", "terminate"));
+  EXPECT_THAT(agent->err(), HasSubstr("The session bus has gone"));
   EXPECT_EQ(std::count(agent->err().begin(), agent->err().end(), '\n'), 1) << agent->err();
+}
+
+TEST_F(ApplicationTest, LaunchThatThrowsEndsTheProcessWithALineAndFreesTheName) {
+  const Process agent = start({"t:throw"});
+  EXPECT_EQ(agent->waitForExit(), 1);
+  EXPECT_THAT(record(), ElementsAre("will", "held t:throw", "did", "link t:throw", "terminate"));
+  EXPECT_THAT(agent->err(), HasSubstr("could not be launched:\n"));
+  EXPECT_THAT(agent->err(), HasSubstr("thrown on demand\n"));
+  EXPECT_EQ(client_.ownerOf(kName), std::nullopt);
 }
 
 TEST_F(ApplicationTest, EndsInTimeWhenTheBusHangs) {

@@ -93,6 +93,18 @@ TEST_F(JournalTest, EachMessageIsOneRecordWithNameAndPriority) {
   EXPECT_THAT(records, HasSubstr("MESSAGE\n" + lengthOfSecond + "second\nline\n"));
 }
 
+TEST_F(JournalTest, JournalThatReadsNothingDoesNotStopTheWriter) {
+  constexpr std::ptrdiff_t kMessages = 500;
+  std::vector<std::string> command{kLogProgram};
+  command.insert(command.end(), kMessages, "a message");
+  run(command);
+  if (IsSkipped()) {
+    return;
+  }
+  EXPECT_THAT(program_->out(), HasSubstr("a message\n"));
+  EXPECT_EQ(std::count(program_->err().begin(), program_->err().end(), '\n'), kMessages);
+}
+
 TEST_F(JournalTest, StandardErrorGetsItsRecordToo) {
   run({kLogProgram, "both"});
   if (IsSkipped()) {

@@ -124,8 +124,9 @@ std::optional<pid_t> InstalledAgent::ownerProcess() const {
   return static_cast<pid_t>(process);
 }
 
-bool InstalledAgent::waitForActivatedLog(const std::string& text) {
-  return bus_.daemon().waitForErr(text);
+bool InstalledAgent::waitForActivatedLog(const std::string& text,
+                                         std::chrono::milliseconds deadline) {
+  return bus_.daemon().waitForErr(text, deadline);
 }
 
 std::string linkTo(const std::string& portalUrl, const std::string& sessionId,

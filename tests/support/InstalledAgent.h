@@ -53,7 +53,8 @@ class InstalledAgent {
   /// The process that owns the agent's bus name; nothing when there is none.
   std::optional<pid_t> ownerProcess() const;
   /// True as soon as an agent started by the bus has written `text` to its standard error.
-  [[nodiscard]] bool waitForActivatedLog(const std::string& text);
+  [[nodiscard]] bool waitForActivatedLog(const std::string& text,
+                                         std::chrono::milliseconds deadline = kTestDeadline);
   /// What such an agent has written so far, as far as a wait has seen it.
   const std::string& activatedLog() { return bus_.daemon().err(); }
 

@@ -29,17 +29,23 @@ std::string configuration(const std::filesystem::path& socket,
 }  // namespace
 
 PrivateBus::PrivateBus(const PrivateHome& home)
-    : servicesDirectory_(home.data() / "dbus-1/services") {
+    : servicesDirectory_(home.data() / "dbus-1/services"),
+      configurationFile_(home.root() / "bus.conf"),
+      socket_(home.runtime() / "bus"),
+      address_("unix:path=" + socket_.string()) {
   std::filesystem::create_directories(servicesDirectory_);
-  const std::filesystem::path file = home.root() / "bus.conf";
-  writeFile(file, configuration(home.runtime() / "bus", servicesDirectory_));
-  daemon_.emplace(std::vector<std::string>{"dbus-daemon", "--config-file=" + file.string(),
+  writeFile(configurationFile_, configuration(socket_, servicesDirectory_));
+  start();
+  variable_.emplace("DBUS_SESSION_BUS_ADDRESS", address_);
+}
+
+void PrivateBus::start() {
+  daemon_.emplace(std::vector<std::string>{"dbus-daemon",
+                                           "--config-file=" + configurationFile_.string(),
                                            "--nofork", "--print-address=1"});
   if (!daemon_->waitForOut("\n")) {
     throw std::runtime_error("dbus-daemon does not start: " + daemon_->err());
   }
-  address_ = daemon_->out().substr(0, daemon_->out().find('\n'));
-  variable_.emplace("DBUS_SESSION_BUS_ADDRESS", address_);
 }
 
 void PrivateBus::addService(const std::string& name, const std::string& command) const {
@@ -50,6 +56,7 @@ void PrivateBus::addService(const std::string& name, const std::string& command)
 void PrivateBus::stop() {
   daemon_->signal(SIGTERM);
   daemon_->waitForExit();
+  std::filesystem::remove(socket_);
 }
 
 }  // namespace vendril

@@ -32,10 +32,15 @@ class PrivateBus {
   /// Ends the bus as the end of a session would; every connection to it breaks.
   void stop();
 
+  /// Starts a bus that was stopped once more, under the address that it had.
+  void start();
+
  private:
   std::filesystem::path servicesDirectory_;
-  std::optional<ChildProcess> daemon_;
+  std::filesystem::path configurationFile_;
+  std::filesystem::path socket_;
   std::string address_;
+  std::optional<ChildProcess> daemon_;
   std::optional<ScopedVariable> variable_;
 };
 

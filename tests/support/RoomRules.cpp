@@ -33,7 +33,7 @@ const std::map<std::string, Names, std::less<>> kRooms{
     {"alert", {}},
     {"portal", {}},
     {"tools",
-     {"protocol", "logging", "config", "launcher", "platform", std::string(kRealDesktop)}}};
+     {"app", "protocol", "logging", "config", "launcher", "platform", std::string(kRealDesktop)}}};
 
 /// Folders beside the rooms, which may include anything.
 const Names kFreeFolders{"tests", "bench"};

@@ -33,15 +33,19 @@ void run(std::vector<std::string> command) {
 
 }  // namespace
 
-TestCertificate::TestCertificate() {
+TestCertificate::TestCertificate(int days) {
   std::string path = (std::filesystem::temp_directory_path() / "certificate-XXXXXX").string();
   if (mkdtemp(path.data()) == nullptr) {
     throw std::runtime_error("no directory for a certificate");
   }
   directory = path;
-  run({"openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
-       "-nodes", "-days", "1", "-subj", "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1",
-       "-keyout", keyFile(), "-out", certificateFile()});
+  const std::string requestFile = directory + "/request.pem";
+  run({"openssl", "req", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
+       "-subj", "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1", "-addext",
+       "basicConstraints=CA:TRUE", "-keyout", keyFile(), "-out", requestFile});
+  // Unlike the first command, this one takes any number of days.
+  run({"openssl", "x509", "-req", "-in", requestFile, "-signkey", keyFile(), "-days",
+       std::to_string(days), "-copy_extensions", "copy", "-out", certificateFile()});
 }
 
 TestCertificate::~TestCertificate() {

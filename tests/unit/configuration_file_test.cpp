@@ -41,6 +41,24 @@ TEST_F(ConfigurationFile, LoadingCreatesThePreferencesFolderWithAllAboveIt) {
   EXPECT_TRUE(std::filesystem::is_directory(library / "deep/below/Preferences"));
 }
 
+TEST_F(ConfigurationFile, LoadingWithoutTraceCreatesNothingAndLoadsTheSame) {
+  fake.fakeUserDirectories.directories = {library / "deep/below"};
+  EXPECT_TRUE(configuration.loadWithoutTrace());
+  EXPECT_FALSE(std::filesystem::exists(library / "deep"));
+  EXPECT_EQ(configuration.appVersion(), "3.21.0.64.24") << "the built-in default";
+  fake.fakeUserDirectories.directories = {library.path()};
+  publish({{"AppVersion", "4.0.1"}});
+  EXPECT_TRUE(configuration.loadWithoutTrace());
+  EXPECT_EQ(configuration.appVersion(), "4.0.1");
+  EXPECT_FALSE(std::filesystem::exists(preferences()));
+}
+
+TEST_F(ConfigurationFile, ExpectedPathIsTheOneThatIsCreated) {
+  EXPECT_EQ(ZQN5PublishedConfiguration::expectedFilePath(), configuration.persistentFilePath());
+  fake.fakeUserDirectories.directories.clear();
+  EXPECT_EQ(ZQN5PublishedConfiguration::expectedFilePath(), std::nullopt);
+}
+
 TEST_F(ConfigurationFile, WithoutALibraryThereIsNoPath) {
   fake.fakeUserDirectories.directories.clear();
   EXPECT_EQ(configuration.persistentFilePath(), std::nullopt);

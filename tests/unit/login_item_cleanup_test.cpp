@@ -55,6 +55,18 @@ TEST_F(LoginItemCleanup, OnePassRemovesTheFirstStaleItemOnly) {
   EXPECT_THAT(loginItems_.history, ElementsAre("snapshot", "remove Brelto Orvanta"));
 }
 
+TEST_F(LoginItemCleanup, StaleItemIsRecognisedWithoutRemovingIt) {
+  loginItems_.add("Brelto Orvanta", "/old/orvanta");
+  loginItems_.add("Brelto Orvanta", kOwnPath);
+  loginItems_.add("Other", "/old/orvanta");
+  std::vector<bool> found;
+  for (const auto& item : loginItems_.copySnapshot()) {
+    found.push_back(ZQN5Launcher::isStaleLoginItem(*item, {}));
+  }
+  EXPECT_THAT(found, ElementsAre(true, false, false));
+  EXPECT_THAT(loginItems_.history, ElementsAre("snapshot"));
+}
+
 TEST_F(LoginItemCleanup, StaleItemsAreRemovedOneInEachPass) {
   loginItems_.add("Brelto Orvanta", "/old/orvanta");
   loginItems_.add("BRELTO MERVALE MEETING", "/old/mervale");

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/support/TemporaryDirectory.h"
+
 namespace vendril {
 namespace {
 
@@ -33,6 +35,41 @@ TEST(MimeAppsList, OneBadLineMakesTheWholeListMalformed) {
   EXPECT_FALSE(MimeAppsList::parse("a/b=x.desktop\n"));
   EXPECT_FALSE(MimeAppsList::parse("<<<<<<< HEAD\n"));
   EXPECT_TRUE(MimeAppsList::parse(""));
+}
+
+TEST(MimeAppsList, ReadingAboutOneTypeGivesWhatReadingTheWholeListGives) {
+  const TemporaryDirectory directory;
+  const std::string entry = std::string(kType) + "=v.desktop;\n";
+  const std::string group = "[Default Applications]\n";
+  for (const std::string& text :
+       {group + "a/b=x.desktop;\n" + entry, group + entry + "a/b+c.d_e-f=\n",
+        "# note\n\n" + group + "c[de]=x\n d/e = x\n" + entry, "[Other]\n" + entry + group,
+        group + entry + "rubbish\n", "a/b=x.desktop;\n" + group + entry,
+        group + "[broken\n" + entry, "[Main]\nEncoding=KOI8-R\n" + group + entry,
+        group + "=x\n" + entry, group + entry + "Encoding=\xFF\n", group + entry + "a/b=x"}) {
+    const std::string path = directory.write("mimeapps.list", text);
+    const auto whole = MimeAppsList::read(path);
+    const auto about = MimeAppsList::readAbout(kType, path);
+    ASSERT_EQ(about.has_value(), whole.has_value()) << text;
+    if (whole) {
+      EXPECT_EQ(about->applications(kGroup, kType), whole->applications(kGroup, kType)) << text;
+    }
+  }
+}
+
+TEST(MimeAppsList, ListThatDoesNotMentionATypeSaysNothingAboutItWhetherItParsesOrNot) {
+  const TemporaryDirectory directory;
+  for (const std::string& text :
+       {std::string(), std::string("[Default Applications]\na/b=x.desktop\n"),
+        std::string("rubbish\n")}) {
+    const std::string path = directory.write("mimeapps.list", text);
+    const auto about = MimeAppsList::readAbout(kType, path);
+    ASSERT_TRUE(about) << text;
+    EXPECT_THAT(about->applications(kGroup, kType), IsEmpty()) << text;
+    EXPECT_FALSE(about->names(kGroup, kType)) << text;
+  }
+  EXPECT_TRUE(MimeAppsList::readAbout(kType, directory / "missing"));
+  EXPECT_FALSE(MimeAppsList::readAbout(kType, directory.path()));
 }
 
 TEST(MimeAppsEdit, EmptyListGetsTheGroupAndTheLine) {

@@ -1,0 +1,334 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <filesystem>
+
+#include "support/JsonText.h"
+#include "support/ToolFixture.h"
+
+namespace vendril {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+constexpr const char* kEntry = "com.brelto.vendril.desktop";
+constexpr const char* kService = "com.brelto.vendril.service";
+constexpr const char* kClosing = "/nonexistent/bus";
+
+/// `vendrilctl status` on a desktop where one thing is wrong. Where a command mends it, the test
+/// runs that command as it stands.
+class ToolStatus : public ToolFixture {
+ protected:
+  /// The agent has run once, as it has on every desktop in use.
+  void startOnce() const {
+    const auto process = agent.startAndWait();
+    process->signal(SIGTERM);
+    ASSERT_EQ(process->waitForExit(), 0) << process->err();
+  }
+
+  void installRival() const {
+    files.application("rival", "MimeType=x-scheme-handler/vendril;x-scheme-handler/mervale;\n");
+    files.mimeApps("[Default Applications]\nx-scheme-handler/vendril=rival.desktop\n");
+    ASSERT_EQ(
+        InstalledAgent::run({"update-desktop-database", agent.home().data() / "applications"}), 0);
+  }
+
+  /// The environment of a session that does not look into the installation's prefix.
+  ChildProcess::Environment withoutPrefix() const {
+    return {{"XDG_DATA_DIRS", agent.home().systemData().string() + ":/usr/share"}};
+  }
+};
+
+TEST_F(ToolStatus, HealthyInstallationWithARunningAgentHasNothingToMend) {
+  startOnce();
+  const auto process = agent.startAndWait();
+  const ProgramRun text = run({"status"});
+  EXPECT_EQ(text.status, 0) << text.out;
+  EXPECT_EQ(text.err, "");
+  EXPECT_THAT(text.out, StartsWith("Vendril 1.0.0.1: healthy\n"));
+  EXPECT_THAT(text.out, HasSubstr("ok agent running: running since "));
+  EXPECT_THAT(text.out, HasSubstr(", process " + std::to_string(process->pid()) + "\n"));
+  EXPECT_THAT(text.out, Not(HasSubstr("mend:")));
+  const std::map<std::string, std::string> expected{{"session", "reached"},
+                                                    {"program", "installed"},
+                                                    {"agent", "running"},
+                                                    {"bus-service", "known"},
+                                                    {"desktop-entry", "valid"},
+                                                    {"associations", "readable"},
+                                                    {"handler-vendril", "default"},
+                                                    {"handler-mervale", "default"},
+                                                    {"login-item", "on"},
+                                                    {"stale-login-items", "none"},
+                                                    {"configuration", "published"},
+                                                    {"client", "found"},
+                                                    {"log-directory", "will-be-created"},
+                                                    {"journal", verdicts()["journal"]}};
+  EXPECT_EQ(verdicts(), expected);
+  const Object answer = json({"status"});
+  EXPECT_EQ(textAt(answer, "command"), "status");
+  EXPECT_EQ(textAt(answer, "verdict"), "healthy");
+  EXPECT_EQ(textAt(answer, "program"), InstalledAgent::program());
+}
+
+TEST_F(ToolStatus, AgentThatIsNotRunningIsWorthANote) {
+  expectFinding("agent", "not-running", "note");
+}
+
+TEST_F(ToolStatus, StoppedAgentDoesNotAnswerAndCanBeContinued) {
+  const auto process = agent.startAndWait();
+  process->signal(SIGSTOP);
+  expectFinding("agent", "not-answering", "error");
+  mend("agent");
+  expectFinding("agent", "running", "ok");
+}
+
+TEST_F(ToolStatus, AgentOfAnotherInstallationIsFoundAndEnded) {
+  const auto other = agent.home().root() / "other/bin/vendril";
+  std::filesystem::create_directories(other.parent_path());
+  std::filesystem::copy_file(InstalledAgent::program(), other);
+  ChildProcess process({other.string()});
+  ASSERT_TRUE(process.waitForErr("Started")) << process.err();
+  expectFinding("agent", "other-program", "warning");
+  mend("agent");
+  EXPECT_EQ(process.waitForExit(), 0);
+}
+
+TEST_F(ToolStatus, AgentThatRunsAReplacedProgramIsFound) {
+  const auto prefix = agent.home().root() / "prefix/bin";
+  std::filesystem::create_directories(prefix);
+  std::filesystem::copy_file(InstalledAgent::program(), prefix / "vendril");
+  std::filesystem::copy_file(program(), prefix / "vendrilctl");
+  ChildProcess process({(prefix / "vendril").string()});
+  ASSERT_TRUE(process.waitForErr("Started")) << process.err();
+  std::filesystem::remove(prefix / "vendril");
+  std::filesystem::copy_file(InstalledAgent::program(), prefix / "vendril");
+  const ProgramRun text = runProgram({(prefix / "vendrilctl").string(), "status"});
+  EXPECT_THAT(text.out, HasSubstr("warning agent outdated: "));
+}
+
+TEST_F(ToolStatus, AgentThatHasLostTheBusIsFound) {
+  const ChildProcess::Environment bus{
+      {"DBUS_SESSION_BUS_ADDRESS", std::string("unix:path=") + kClosing}};
+  ChildProcess process({InstalledAgent::program()}, bus);
+  ASSERT_TRUE(process.waitForErr("Started")) << process.err();
+  expectFinding("agent", "off-bus", "warning", bus);
+}
+
+TEST_F(ToolStatus, MissingProgramIsToBeInstalledAgain) {
+  const auto bin = agent.home().root() / "lone/bin";
+  std::filesystem::create_directories(bin);
+  std::filesystem::copy_file(program(), bin / "vendrilctl");
+  const ProgramRun text = runProgram({(bin / "vendrilctl").string(), "status"});
+  EXPECT_EQ(text.status, 1);
+  EXPECT_THAT(text.out, HasSubstr("error program missing: " + bin.string() + "/vendril is not"));
+  EXPECT_THAT(text.out, HasSubstr("  mend: cmake --install build/release --prefix " +
+                                  bin.parent_path().string() + "\n"));
+}
+
+TEST_F(ToolStatus, NoBusServiceFileIsFoundAndOneIsProvided) {
+  std::filesystem::remove(agent.home().data() / "dbus-1/services" / kService);
+  const ChildProcess::Environment elsewhere = withoutPrefix();
+  ASSERT_EQ(InstalledAgent::run({"gdbus", "call", "--session", "--dest", "org.freedesktop.DBus",
+                                 "--object-path", "/org/freedesktop/DBus", "--method",
+                                 "org.freedesktop.DBus.ReloadConfig"}),
+            0);
+  expectFinding("bus-service", "missing", "error", elsewhere);
+  mend("bus-service", elsewhere);
+  expectFinding("bus-service", "known", "ok", elsewhere);
+}
+
+TEST_F(ToolStatus, BusServiceThatTheBusHasNotReadIsFound) {
+  const auto service = agent.home().data() / "dbus-1/services" / kService;
+  std::filesystem::remove(service);
+  agent.bus().signal(SIGHUP);
+  ASSERT_TRUE(runMainLoopUntil([this] {
+    return textAt(check("bus-service"), "verdict") == "not-loaded";
+  })) << "the installation's own file is there, and this bus does not look into the prefix";
+  expectFinding("bus-service", "not-loaded", "error");
+}
+
+TEST_F(ToolStatus, BusServiceOfAnotherProgramIsReplaced) {
+  const std::string other = files.program("other/vendril");
+  for (const auto& [exec, verdict] : std::map<std::string, std::string>{
+           {"/nonexistent/vendril", "program-missing"}, {other, "other-program"}}) {
+    agent.bus().addService("com.brelto.vendril", exec);
+    expectFinding("bus-service", verdict, "error");
+    mend("bus-service");
+    expectFinding("bus-service", "known", "ok");
+    std::filesystem::remove(agent.home().data() / "dbus-1/services" / kService);
+  }
+}
+
+TEST_F(ToolStatus, MalformedBusServiceIsFound) {
+  const auto service = agent.home().data() / "dbus-1/services" / kService;
+  writeFile(service, "this is no service\n");
+  expectFinding("bus-service", "malformed", "error");
+  writeFile(service, "[D-BUS Service]\nName=com.example.other\nExec=/bin/true\n");
+  expectFinding("bus-service", "wrong-name", "error");
+}
+
+TEST_F(ToolStatus, UnitThatSystemdCannotStartIsFoundWhereThereIsASystemd) {
+  writeFile(agent.home().data() / "dbus-1/services" / kService,
+            "[D-BUS Service]\nName=com.brelto.vendril\nExec=" + InstalledAgent::program() +
+                "\nSystemdService=vendril-of-this-test.service\n");
+  expectFinding("bus-service", "known", "ok");
+  writeFile(agent.home().runtime() / "systemd/private", "");
+  expectFinding("bus-service", "unit-missing", "error");
+  const auto unit = agent.home().config() / "systemd/user/vendril-of-this-test.service";
+  std::filesystem::create_directories(unit.parent_path());
+  std::filesystem::create_symlink("/dev/null", unit);
+  expectFinding("bus-service", "unit-masked", "error");
+  std::filesystem::remove(unit);
+  writeFile(unit, "[Unit]\n");
+  expectFinding("bus-service", "known", "ok");
+}
+
+TEST_F(ToolStatus, PrefixThatTheDesktopDoesNotLookIntoIsFoundAndItsEntryLinked) {
+  const ChildProcess::Environment elsewhere = withoutPrefix();
+  expectFinding("desktop-entry", "invisible", "error", elsewhere);
+  expectFinding("handler-vendril", "no-handler", "error", elsewhere);
+  mend("desktop-entry", elsewhere);
+  expectFinding("desktop-entry", "valid", "ok", elsewhere);
+  expectFinding("handler-vendril", "default", "ok", elsewhere);
+}
+
+TEST_F(ToolStatus, UsersEntryThatStandsBeforeTheInstalledOneIsFoundAndRemoved) {
+  const auto entry = agent.home().data() / "applications" / kEntry;
+  const std::string head = "[Desktop Entry]\nType=Application\nName=Vendril\n";
+  const std::string other = files.program("other/vendril");
+  const std::map<std::string, std::string> faults{
+      {"malformed", "nothing\n"},
+      {"hidden", head + "Hidden=true\nExec=" + InstalledAgent::program() + " %u\n"},
+      {"program-missing", head + "Exec=/nonexistent/vendril %u\n"},
+      {"scheme-missing",
+       head + "Exec=" + InstalledAgent::program() + " %u\nMimeType=x-scheme-handler/vendril;\n"}};
+  for (const auto& [verdict, text] : faults) {
+    writeFile(entry, text);
+    expectFinding("desktop-entry", verdict, "error");
+    mend("desktop-entry");
+    expectFinding("desktop-entry", "valid", "ok");
+  }
+  writeFile(entry, head + "Exec=" + other + " %u\n");
+  expectFinding("desktop-entry", "other-program", "warning");
+}
+
+TEST_F(ToolStatus, CacheThatDoesNotNameTheEntryIsRenewed) {
+  const auto entry = agent.home().data() / "applications" / kEntry;
+  std::filesystem::create_directories(entry.parent_path());
+  std::filesystem::copy_file(InstalledAgent::prefix() + "/share/applications/" + kEntry, entry);
+  expectFinding("desktop-entry", "not-cached", "warning");
+  mend("desktop-entry");
+  expectFinding("desktop-entry", "valid", "ok");
+}
+
+TEST_F(ToolStatus, OtherDefaultHandlerIsNamedAndReplaced) {
+  installRival();
+  expectFinding("handler-vendril", "other-handler", "error");
+  const Object found = check("handler-vendril");
+  const Object& details = *found.at("details").get<Object>();
+  EXPECT_EQ(textAt(details, "handler"), "rival");
+  EXPECT_EQ(description(details.at("candidates")), "(\n    rival,\n    com.brelto.vendril\n)");
+  EXPECT_THAT(run({"status"}).out, HasSubstr(": rival opens vendril links\n"));
+  mend("handler-vendril");
+  expectFinding("handler-vendril", "default", "ok");
+  EXPECT_THAT(run({"status"}).out, HasSubstr("; so could rival\n"));
+}
+
+TEST_F(ToolStatus, ListThatDoesNotParseIsNamedByItsLineAndMended) {
+  installRival();
+  writeFile(associations, "[Default Applications]\ntext/html=b.desktop\nno entry\n");
+  expectFinding("associations", "malformed", "error");
+  EXPECT_THAT(run({"status"}).out, HasSubstr("line 3 of "));
+  mend("associations");
+  expectFinding("associations", "readable", "ok");
+  EXPECT_EQ(readFile(associations), "[Default Applications]\ntext/html=b.desktop\n");
+}
+
+TEST_F(ToolStatus, LoginItemThatIsOffSwitchedOffOrBrokenIsFoundAndSwitchedOn) {
+  const std::string head = "[Desktop Entry]\nType=Application\nName=Vendril\n";
+  expectFinding("login-item", "off", "note");
+  writeFile(autostart / kEntry, head + "Exec=/nonexistent/vendril\n");
+  expectFinding("login-item", "broken", "warning");
+  mend("login-item");
+  expectFinding("login-item", "on", "ok");
+  for (const char* key : {"Hidden=true\n", "X-GNOME-Autostart-enabled=false\n"}) {
+    writeFile(autostart / kEntry, head + "Exec=" + InstalledAgent::program() + "\n" + key);
+    expectFinding("login-item", "switched-off", "note");
+    mend("login-item");
+    expectFinding("login-item", "on", "ok");
+  }
+}
+
+TEST_F(ToolStatus, StaleLoginItemIsNamedAndRemoved) {
+  files.autostart("old.desktop", desktopEntryText("Brelto Orvanta", "/nonexistent/orvanta"));
+  expectFinding("stale-login-items", "found", "warning");
+  EXPECT_THAT(run({"status"}).out, HasSubstr("left by an earlier installation: Brelto Orvanta ("));
+  mend("stale-login-items");
+  expectFinding("stale-login-items", "none", "ok");
+  EXPECT_FALSE(std::filesystem::exists(autostart / "old.desktop"));
+}
+
+TEST_F(ToolStatus, MalformedConfigurationIsFoundAndMovedOutOfTheWay) {
+  writeFile(agent.configurationPath(), "<plist>");
+  expectFinding("configuration", "malformed", "error");
+  expectFinding("client", "unnamed", "warning");
+  mend("configuration");
+  expectFinding("configuration", "missing", "warning");
+  EXPECT_EQ(readFile(agent.configurationPath() + ".bad"), "<plist>");
+}
+
+TEST_F(ToolStatus, ClientThatIsMissingOrCannotBeRunIsFound) {
+  std::filesystem::permissions(client, std::filesystem::perms::owner_read);
+  expectFinding("client", "not-executable", "warning");
+  mend("client");
+  expectFinding("client", "found", "ok");
+  std::filesystem::remove(client);
+  expectFinding("client", "missing", "error");
+}
+
+TEST_F(ToolStatus, LogDirectoryThatIsAFileIsFound) {
+  writeFile(agent.home().root() / "logs", "");
+  expectFinding("log-directory", "not-writable", "warning");
+  std::filesystem::remove(agent.home().root() / "logs");
+  std::filesystem::create_directory(agent.home().root() / "logs");
+  expectFinding("log-directory", "ready", "ok");
+}
+
+TEST_F(ToolStatus, SessionWithoutABusIsSaidToHaveNone) {
+  expectFinding("session", "no-bus", "error",
+                {{"DBUS_SESSION_BUS_ADDRESS", std::nullopt},
+                 {"XDG_RUNTIME_DIR", agent.home().root().string()}});
+  expectFinding("session", "bus-unreachable", "error",
+                {{"DBUS_SESSION_BUS_ADDRESS", std::string("unix:path=") + kClosing}});
+}
+
+TEST_F(ToolStatus, RootWhoLooksIntoHerOwnSessionIsToldWhoseItIs) {
+  if (::geteuid() != 0) {
+    GTEST_SKIP() << "only root can be root by sudo";
+  }
+  const ChildProcess::Environment sudo{{"SUDO_USER", "alice"}, {"SUDO_UID", "1234"}};
+  expectFinding("session", "other-user", "warning", sudo);
+  EXPECT_THAT(textAt(check("session", sudo), "remedy"),
+              StartsWith("sudo -u alice XDG_RUNTIME_DIR=/run/user/1234 "));
+}
+
+TEST_F(ToolStatus, TerminalGetsATableInColoursUnlessTheyAreUnwanted) {
+  const Words command{"script",   "--quiet", "--return", "--command", program() + " status",
+                      "/dev/null"};
+  const std::string table = runProgram(command, {{"TERM", "xterm"}}).out;
+  EXPECT_THAT(table, HasSubstr("  \x1B[32mok     \x1B[0m  program            "));
+  for (const ChildProcess::Environment& plain :
+       {ChildProcess::Environment{{"NO_COLOR", "1"}, {"TERM", "xterm"}},
+        ChildProcess::Environment{{"TERM", "dumb"}}}) {
+    const std::string text = runProgram(command, plain).out;
+    EXPECT_THAT(text, HasSubstr("  ok       program            "));
+    EXPECT_THAT(text, Not(HasSubstr("\x1B")));
+  }
+  EXPECT_THAT(run({"status"}).out, Not(HasSubstr("\x1B")));
+}
+
+}  // namespace
+}  // namespace vendril

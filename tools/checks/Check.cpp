@@ -1,0 +1,40 @@
+#include "tools/checks/Check.h"
+
+#include <algorithm>
+
+namespace vendril::tools {
+
+std::string_view nameOf(Level level) {
+  switch (level) {
+    case Level::ok:
+      return "ok";
+    case Level::note:
+      return "note";
+    case Level::warning:
+      return "warning";
+    case Level::error:
+      break;
+  }
+  return "error";
+}
+
+Level worstOf(const std::vector<Check>& checks) {
+  Level worst = Level::ok;
+  for (const Check& check : checks) {
+    worst = std::max(worst, check.level);
+  }
+  return worst;
+}
+
+std::string_view overallVerdict(const std::vector<Check>& checks) {
+  switch (worstOf(checks)) {
+    case Level::error:
+      return "broken";
+    case Level::warning:
+      return "degraded";
+    default:
+      return "healthy";
+  }
+}
+
+}  // namespace vendril::tools

@@ -1,0 +1,125 @@
+#include "tools/checks/ConfigurationCheck.h"
+
+#include <unistd.h>
+
+#include "config/ZQN5PublishedConfiguration.h"
+#include "platform/FileSystem.h"
+
+namespace vendril::tools {
+namespace {
+
+using File = ConfigurationFacts::File;
+using Client = ConfigurationFacts::Client;
+
+File fileAt(const std::optional<std::string>& path) {
+  if (!path) {
+    return File::noHome;
+  }
+  if (ZQN5PublishedConfiguration::holdsConfiguration(*path)) {
+    return File::published;
+  }
+  if (fileKindAt(*path) == FileKind::missing) {
+    return File::missing;
+  }
+  return access(path->c_str(), R_OK) == 0 ? File::malformed : File::unreadable;
+}
+
+Client clientOf(const ZQN5PublishedConfiguration& configuration) {
+  const std::string path = configuration.executablePath();
+  if (path.empty()) {
+    return Client::unnamed;
+  }
+  if (!configuration.findBreltoOrvanta()) {
+    return Client::missing;
+  }
+  return access(path.c_str(), X_OK) == 0 ? Client::found : Client::notExecutable;
+}
+
+}  // namespace
+
+ConfigurationFacts configurationFacts(const Tool& tool) {
+  ZQN5PublishedConfiguration configuration(tool.transcript.loggerBlock());
+  const std::optional<std::string> path = ZQN5PublishedConfiguration::expectedFilePath();
+  configuration.loadWithoutTrace();
+  ConfigurationFacts facts;
+  facts.file = fileAt(path);
+  facts.path = path.value_or("");
+  facts.record = configuration.dictionary();
+  facts.executablePath = configuration.executablePath();
+  facts.client = clientOf(configuration);
+  return facts;
+}
+
+Check configurationCheck(const ConfigurationFacts& facts) {
+  Check check{"configuration",
+              "published",
+              Level::ok,
+              facts.path,
+              std::nullopt,
+              {{"path", facts.path},
+               {"record", facts.record},
+               {"source", facts.file == File::published ? "file" : "default"}}};
+  switch (facts.file) {
+    case File::published:
+      break;
+    case File::missing:
+      check.verdict = "missing";
+      check.level = Level::warning;
+      check.summary = facts.path +
+                      " is not there: the client has published nothing, and the built-in default "
+                      "is reported; start the client once";
+      break;
+    case File::unreadable:
+      check.verdict = "unreadable";
+      check.level = Level::error;
+      check.summary = facts.path + " cannot be read; the built-in default is reported";
+      check.remedy = "chmod u+r " + shellWord(facts.path);
+      break;
+    case File::malformed:
+      check.verdict = "malformed";
+      check.level = Level::error;
+      check.summary = facts.path +
+                      " holds no published configuration; the built-in default is reported until "
+                      "the client publishes anew";
+      check.remedy = "mv " + shellWord(facts.path) + " " + shellWord(facts.path + ".bad");
+      break;
+    case File::noHome:
+      check.verdict = "no-home";
+      check.level = Level::error;
+      check.summary = "neither a home directory nor XDG_CONFIG_HOME is known";
+      break;
+  }
+  return check;
+}
+
+Check clientCheck(const ConfigurationFacts& facts) {
+  Check check{"client",     "found",
+              Level::ok,    facts.executablePath,
+              std::nullopt, {{"path", facts.executablePath}}};
+  switch (facts.client) {
+    case Client::found:
+      break;
+    case Client::notExecutable:
+      check.verdict = "not-executable";
+      check.level = Level::warning;
+      check.summary = facts.executablePath + " is there but cannot be run";
+      check.remedy = "chmod +x " + shellWord(facts.executablePath);
+      break;
+    case Client::missing:
+      check.verdict = "missing";
+      check.level = Level::error;
+      check.summary = facts.executablePath +
+                      " is not there; until the client is installed again, the portal is told that "
+                      "it can do nothing";
+      break;
+    case Client::unnamed:
+      check.verdict = "unnamed";
+      check.level = Level::warning;
+      check.summary =
+          "no executable is published; the portal is told that the client can do nothing";
+      break;
+  }
+  return check;
+}
+
+}  // namespace vendril::tools

@@ -1,0 +1,90 @@
+#include "tools/checks/LogCheck.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "app/ZQN5VendrilAppDelegate.h"
+#include "platform/FileSystem.h"
+#include "platform/freedesktop/JournalSystemLog.h"
+
+namespace vendril::tools {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool isWritableFolder(const fs::path& path) {
+  return fileKindAt(path) == FileKind::folder && access(path.c_str(), W_OK | X_OK) == 0;
+}
+
+/// The agent creates the directory, and those above it, when it is missing.
+LogFacts::Directory stateOf(const fs::path& directory) {
+  if (fileKindAt(directory) != FileKind::missing) {
+    return isWritableFolder(directory) ? LogFacts::Directory::usable
+                                       : LogFacts::Directory::unusable;
+  }
+  fs::path above = directory;
+  while (above.has_relative_path() && fileKindAt(above) == FileKind::missing) {
+    above = above.parent_path();
+  }
+  return directory.is_absolute() && isWritableFolder(above) ? LogFacts::Directory::creatable
+                                                            : LogFacts::Directory::unusable;
+}
+
+std::string publishedDirectory(const PropertyList::Dictionary& record) {
+  const auto entry = record.find("LogDirectory");
+  const auto* text = entry != record.end() ? entry->second.get<std::string>() : nullptr;
+  return text != nullptr ? *text : "";
+}
+
+}  // namespace
+
+LogFacts logFacts(const ConfigurationFacts& configuration) {
+  LogFacts facts;
+  facts.hasJournal = JournalSystemLog::isJournalThere();
+  facts.directory = publishedDirectory(configuration.record);
+  facts.state = LogFacts::Directory::unnamed;
+  if (!facts.directory.empty()) {
+    facts.file = ZQN5VendrilAppDelegate().logPath(facts.directory, false).value_or("");
+    facts.state = stateOf(facts.directory);
+  }
+  return facts;
+}
+
+Check logDirectoryCheck(const LogFacts& facts) {
+  Check check{"log-directory", "ready",      Level::ok,
+              facts.directory, std::nullopt, {{"path", facts.directory}, {"file", facts.file}}};
+  switch (facts.state) {
+    case LogFacts::Directory::usable:
+      break;
+    case LogFacts::Directory::creatable:
+      check.verdict = "will-be-created";
+      check.summary = facts.directory + " is created with the next link";
+      break;
+    case LogFacts::Directory::unnamed:
+      check.verdict = "unnamed";
+      check.level = Level::note;
+      check.summary = "none is published, so there is no log file";
+      break;
+    case LogFacts::Directory::unusable:
+      check.verdict = "not-writable";
+      check.level = Level::warning;
+      check.summary = facts.directory + " cannot be written, so there is no log file";
+      check.remedy = "mkdir -p " + shellWord(facts.directory) + " && chmod u+rwx " +
+                     shellWord(facts.directory);
+      break;
+  }
+  return check;
+}
+
+Check journalCheck(const LogFacts& facts) {
+  if (facts.hasJournal) {
+    return {"journal",    "available", Level::ok, "the agent's lines are in the journal",
+            std::nullopt, {}};
+  }
+  return {"journal",    "absent",
+          Level::note,  "there is none; the agent's lines go to its standard error",
+          std::nullopt, {}};
+}
+
+}  // namespace vendril::tools
