@@ -41,7 +41,8 @@ Bus Bus::find() {
   }
   // Lives as long as the process, because the connection keeps it.
   static Transcript& transcript = *new Transcript();
-  bus.connection = SessionBus::connect(transcript);
+  // The tool does not stay; a bus that goes away shows in the calls that follow.
+  bus.connection = SessionBus::connect(transcript, [] {});
   bus.state = bus.connection ? State::reached : State::unreachable;
   if (!bus.connection && !transcript.messages().empty()) {
     bus.error = transcript.messages().back();
