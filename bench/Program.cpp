@@ -9,6 +9,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <system_error>
 #include <thread>
@@ -41,6 +42,11 @@ double numberIn(const std::filesystem::path& file, const std::string& name) {
 
 std::filesystem::path processDirectory(pid_t pid) {
   return std::filesystem::path("/proc") / std::to_string(pid);
+}
+
+std::size_t entriesOf(const std::filesystem::path& directory) {
+  const std::filesystem::directory_iterator entries(directory);
+  return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
 }
 
 }  // namespace
@@ -95,7 +101,7 @@ void PrivateBus::waitForOwner(const std::string& busName, bool owned) {
   }
 }
 
-Program::Program(const std::vector<std::string>& commandLine) {
+Program::Program(const std::vector<std::string>& commandLine, int standardError) {
   std::vector<char*> arguments;
   arguments.reserve(commandLine.size() + 1);
   for (const std::string& argument : commandLine) {
@@ -105,7 +111,11 @@ Program::Program(const std::vector<std::string>& commandLine) {
 
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+  if (standardError >= 0) {
+    posix_spawn_file_actions_adddup2(&actions, standardError, STDERR_FILENO);
+  } else {
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+  }
   const int error =
       posix_spawn(&pid_, arguments.front(), &actions, nullptr, arguments.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
@@ -122,6 +132,14 @@ Program::~Program() {
 Memory Program::memory() const {
   const std::filesystem::path file = processDirectory(pid_) / "smaps_rollup";
   return {numberIn(file, "Pss:"), numberIn(file, "Private_Dirty:")};
+}
+
+std::size_t Program::descriptors() const {
+  return entriesOf(processDirectory(pid_) / "fd");
+}
+
+std::size_t Program::threads() const {
+  return entriesOf(processDirectory(pid_) / "task");
 }
 
 long Program::contextSwitches() const {

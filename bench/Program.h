@@ -3,6 +3,7 @@
 #include <gio/gio.h>
 #include <sys/types.h>
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -39,13 +40,18 @@ struct Memory {
 /// A process that we started; it is terminated when this goes away.
 class Program {
  public:
-  /// Starts the program without a standard error. Throws std::system_error when that failed.
-  explicit Program(const std::vector<std::string>& commandLine);
+  /// Starts the program with the descriptor as its standard error, or with none. Throws
+  /// std::system_error when that failed.
+  explicit Program(const std::vector<std::string>& commandLine, int standardError = -1);
   ~Program();
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;
 
   Memory memory() const;
+
+  /// How many descriptors it has open, and how many threads it has.
+  std::size_t descriptors() const;
+  std::size_t threads() const;
 
   /// How often its threads have run since they began: the sum of their context switches.
   long contextSwitches() const;

@@ -2,15 +2,15 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
-#include <strings.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <string_view>
 #include <system_error>
+
+#include "bench/HttpRequest.h"
 
 namespace vendril::bench {
 namespace {
@@ -19,25 +19,6 @@ constexpr std::string_view kAnswer = "HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r
 
 [[noreturn]] void fail(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
-}
-
-std::size_t contentLength(std::string_view head) {
-  constexpr std::string_view kName = "\r\nContent-Length:";
-  for (std::size_t at = head.find('\r'); at != std::string_view::npos;
-       at = head.find('\r', at + 1)) {
-    if (strncasecmp(head.data() + at, kName.data(), std::min(kName.size(), head.size() - at)) ==
-        0) {
-      return std::strtoul(head.data() + at + kName.size(), nullptr, 10);
-    }
-  }
-  return 0;
-}
-
-bool isWholeRequest(const std::string& text) {
-  constexpr std::string_view kEndOfHead = "\r\n\r\n";
-  const std::size_t end = text.find(kEndOfHead);
-  return end != std::string::npos &&
-         text.size() >= end + kEndOfHead.size() + contentLength(text.substr(0, end));
 }
 
 }  // namespace

@@ -19,15 +19,40 @@ if(VENDRIL_SANITIZE)
                       -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${VENDRIL_SANITIZE})
 endif()
+if(CMAKE_BUILD_TYPE STREQUAL "Debug")
+  add_compile_definitions(_GLIBCXX_ASSERTIONS)
+endif()
+
 if(VENDRIL_COVERAGE)
   # Several threads, and several processes of one program, count at the same time.
   add_compile_options(--coverage -fprofile-update=atomic -fprofile-abs-path)
   add_link_options(--coverage)
 endif()
+
+# What makes a fault in memory end the program instead of serving whoever caused it. A test looks for
+# it in the installed programs.
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
-  add_compile_options(-fstack-protector-strong -fstack-clash-protection -fcf-protection)
-  add_compile_definitions(_FORTIFY_SOURCE=2)
-  add_link_options(-Wl,-z,relro,-z,now,-z,noexecstack,--as-needed)
+  include(CheckCXXCompilerFlag)
+  include(CheckCXXSourceCompiles)
+  add_compile_options(-fstack-protector-strong)
+  foreach(flag IN ITEMS stack-clash-protection cf-protection)
+    check_cxx_compiler_flag(-f${flag} VENDRIL_HAS_${flag})
+    if(VENDRIL_HAS_${flag})
+      add_compile_options(-f${flag})
+    endif()
+  endforeach()
+  # Level 3 also knows the sizes that are found out while the program runs.
+  set(CMAKE_REQUIRED_FLAGS "-O2 -D_FORTIFY_SOURCE=3")
+  check_cxx_source_compiles("#include <features.h>
+    static_assert(__USE_FORTIFY_LEVEL == 3);
+    int main() {}" VENDRIL_HAS_FORTIFY_3)
+  unset(CMAKE_REQUIRED_FLAGS)
+  if(VENDRIL_HAS_FORTIFY_3)
+    add_compile_definitions(_FORTIFY_SOURCE=3)
+  else()
+    add_compile_definitions(_FORTIFY_SOURCE=2)
+  endif()
+  add_link_options(-Wl,-O1,-z,relro,-z,now,-z,noexecstack,--as-needed)
 endif()
 include(CheckPIESupported)
 check_pie_supported(LANGUAGES CXX)

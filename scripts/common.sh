@@ -62,3 +62,34 @@ enter_private_home() {
   mkdir -p "$XDG_RUNTIME_DIR"
   chmod 0700 "$XDG_RUNTIME_DIR"
 }
+
+# Publishes what the conferencing client would about itself; the client and its log directory are
+# below the directory $1.
+publish_configuration() {
+  local client=$1/orvanta/bin/orvanta
+  mkdir -p "$(dirname "$client")" "$XDG_CONFIG_HOME/brelto/Preferences"
+  printf '#!/bin/sh\n' >"$client"
+  chmod +x "$client"
+  cat >"$XDG_CONFIG_HOME/brelto/Preferences/group.com.brelto.orvanta.plist" <<CONFIGURATION
+<?xml version="1.0" encoding="UTF-8"?>
+<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN"
+ "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
+<plist version="1.0">
+<dict>
+  <key>PublishedConfiguration</key>
+  <dict>
+    <key>AppName</key><string>Brelto Orvanta 3.22.1</string>
+    <key>AppVersion</key><string>3.22.1.70.2</string>
+    <key>SIPDomain</key><string>sip.example.com</string>
+    <key>VideoCapable</key><true/>
+    <key>MeetmeCapable</key><true/>
+    <key>SIPReady</key><true/>
+    <key>isMeetMeOnly</key><false/>
+    <key>isTemporary</key><false/>
+    <key>LogDirectory</key><string>$1/log</string>
+    <key>ExecutablePath</key><string>$client</string>
+  </dict>
+</dict>
+</plist>
+CONFIGURATION
+}

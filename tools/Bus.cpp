@@ -41,7 +41,7 @@ Bus Bus::find() {
   }
   // Lives as long as the process, because the connection keeps it.
   static Transcript& transcript = *new Transcript();
-  // The tool does not stay; a bus that goes away shows in the calls that follow.
+  // A tool asks on a bus that has gone as well; the answer is none then.
   bus.connection = SessionBus::connect(transcript, [] {});
   bus.state = bus.connection ? State::reached : State::unreachable;
   if (!bus.connection && !transcript.messages().empty()) {

@@ -10,6 +10,10 @@ namespace {
 /// Enough for the links of one moment; each handle holds its buffers of some 20 KiB.
 constexpr std::size_t kMaxSpareHandles = 4;
 
+/// Connections that stay open for the next links. While more are open than that, one is closed each
+/// time that a request ends: after a burst, hundreds would wait for requests that do not come.
+constexpr long kMaxIdleConnections = 8;
+
 }  // namespace
 
 CurlMulti::CurlMulti(const CurlLimits& limits) : limits_(limits) {
@@ -23,14 +27,14 @@ CurlMulti::CurlMulti(const CurlLimits& limits) : limits_(limits) {
     return;
   }
   // Without descriptors libcurl makes a handle that nobody can wake up.
-  if (const CURLMcode result = curl_multi_wakeup(multi_.get()); result != CURLM_OK) {
-    setUpFailure_ = curl_multi_strerror(result);
+  if (const CURLMcode result = curl().multi_wakeup(multi_.get()); result != CURLM_OK) {
+    setUpFailure_ = curl().multi_strerror(result);
     return;
   }
   // Idle connections count too, and make room for new ones.
-  const auto maxConnections = static_cast<long>(limits.maxSockets);
-  curl().multi_setopt(multi_.get(), CURLMOPT_MAX_TOTAL_CONNECTIONS, maxConnections);
-  curl().multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, maxConnections);
+  curl().multi_setopt(multi_.get(), CURLMOPT_MAX_TOTAL_CONNECTIONS,
+                      static_cast<long>(limits.maxSockets));
+  curl().multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, kMaxIdleConnections);
 }
 
 CurlMulti::~CurlMulti() {

@@ -3,6 +3,8 @@
 #include <exception>
 #include <string>
 
+#include "platform/freedesktop/HeapReturn.h"
+
 namespace vendril {
 
 void DesktopUrlEvents::setEventHandler(Handler handler, FourCharCode eventClass,
@@ -19,6 +21,7 @@ void DesktopUrlEvents::deliver(std::string_view uri) noexcept {
   } catch (...) {
     log_.write("The handling of a link failed");
   }
+  returnHeapWhenQuiet();
 }
 
 void DesktopUrlEvents::send(std::string_view uri) {

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/freedesktop/HeapReturn.h"
+
 namespace vendril {
 
 UrlError makeUrlError(std::string description) {
@@ -37,6 +39,7 @@ void RequestCompletion::report(std::optional<UrlResponse> response, std::optiona
   queue->addOperation([handler = std::move(handler_), response, data = std::move(data),
                        error = std::move(error)]() mutable {
     handler(response, std::move(data), std::move(error));
+    returnHeapWhenQuiet();
   });
 }
 

@@ -41,6 +41,19 @@ class PracticePortal : public ::testing::Test {
     return client().Post(path, headers, body, kForm);
   }
 
+  /// The status of what a GET is answered with, be it a stream.
+  int statusOf(const std::string& path, const httplib::Headers& headers) const {
+    int status = 0;
+    client().Get(
+        path, headers,
+        [&status](const httplib::Response& response) {
+          status = response.status;
+          return false;
+        },
+        [](const char*, std::size_t) { return true; });
+    return status;
+  }
+
   /// What the event stream says until it holds `text`; all of it when it ends before.
   std::string eventsUntil(const std::string& text, const httplib::Headers& headers = {}) const {
     std::string events;
@@ -171,8 +184,9 @@ TEST_F(PracticePortal, EveryFileOfThePageForbidsForeignContent) {
 }
 
 TEST_F(PracticePortal, OtherSitesCanNeitherReadNorSendReports) {
-  EXPECT_EQ(client().Get("/events", {{"Host", "rebound.example"}})->status, 403);
-  EXPECT_EQ(client().Get("/", {{"Host", "rebound.example"}})->status, 403);
+  EXPECT_EQ(statusOf("/events", {{"Host", "rebound.example"}}), 403);
+  EXPECT_EQ(statusOf("/events", {{"Sec-Fetch-Site", "cross-site"}}), 403);
+  EXPECT_EQ(statusOf("/", {{"Host", "rebound.example"}}), 403);
   EXPECT_EQ(post("/report", kBody, {{"Origin", "https://example.com"}})->status, 403);
   post("/report", "session_id=ours");
   EXPECT_THAT(eventsUntil("\n\n"), AllOf(StartsWith("id: 1\n"), HasSubstr("ours")));
@@ -253,6 +267,9 @@ std::size_t residentKilobytes(pid_t process) {
 }
 
 TEST_F(PracticePortal, MemoryStaysBoundedHoweverManyReportsCome) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "the sanitizer keeps freed memory and would be measured instead";
+#endif
   const std::string body(portal::PortalServer::kLargestBody, '\x01');
   auto sender = client();
   sender.set_keep_alive(true);
@@ -262,9 +279,9 @@ TEST_F(PracticePortal, MemoryStaysBoundedHoweverManyReportsCome) {
       ASSERT_TRUE(sender.Post("/report", body, "text/plain"));
     }
   };
-  send(100);
+  send(30);
   const std::size_t before = residentKilobytes(portal.process().pid());
-  send(300);
+  send(90);
   EXPECT_LT(residentKilobytes(portal.process().pid()), before + before / 2);
 }
 

@@ -1,8 +1,10 @@
 #include "support/CurlFailure.h"
 
 #include <curl/curl.h>
+#include <dlfcn.h>
 
 #include <atomic>
+#include <string_view>
 
 namespace {
 
@@ -10,30 +12,57 @@ using Function = vendril::CurlFailure::Function;
 
 std::atomic<Function> failing = Function::none;
 
+decltype(&curl_global_init) realGlobalInit = nullptr;
+decltype(&curl_multi_init) realMultiInit = nullptr;
+decltype(&curl_multi_add_handle) realMultiAddHandle = nullptr;
+decltype(&curl_easy_init) realEasyInit = nullptr;
+
+CURLcode globalInit(long flags) {
+  return failing == Function::globalInit ? CURLE_FAILED_INIT : realGlobalInit(flags);
+}
+
+CURLM* multiInit() {
+  return failing == Function::multiInit ? nullptr : realMultiInit();
+}
+
+CURLMcode multiAddHandle(CURLM* multi, CURL* easy) {
+  return failing == Function::multiAddHandle ? CURLM_INTERNAL_ERROR
+                                             : realMultiAddHandle(multi, easy);
+}
+
+CURL* easyInit() {
+  return failing == Function::easyInit ? nullptr : realEasyInit();
+}
+
+/// Keeps the function that was found, and gives out `double_` in its place.
+template <class Pointer>
+void* replaced(void* found, Pointer& real, Pointer double_) {
+  real = reinterpret_cast<Pointer>(found);
+  return reinterpret_cast<void*>(double_);
+}
+
 }  // namespace
 
-// The linker turns calls of each function into calls of the one, and calls of the other into the
-// function's.
-extern "C" CURLcode __real_curl_global_init(long flags);
-extern "C" CURLM* __real_curl_multi_init();
-extern "C" CURLMcode __real_curl_multi_add_handle(CURLM* multi, CURL* easy);
-extern "C" CURL* __real_curl_easy_init();
+// libcurl's functions are looked up by their names. The linker turns each look-up into a call of
+// the second function; the first one is the look-up itself.
+extern "C" void* __real_dlsym(void* library, const char* name);
 
-extern "C" CURLcode __wrap_curl_global_init(long flags) {
-  return failing == Function::globalInit ? CURLE_FAILED_INIT : __real_curl_global_init(flags);
-}
-
-extern "C" CURLM* __wrap_curl_multi_init() {
-  return failing == Function::multiInit ? nullptr : __real_curl_multi_init();
-}
-
-extern "C" CURLMcode __wrap_curl_multi_add_handle(CURLM* multi, CURL* easy) {
-  return failing == Function::multiAddHandle ? CURLM_INTERNAL_ERROR
-                                             : __real_curl_multi_add_handle(multi, easy);
-}
-
-extern "C" CURL* __wrap_curl_easy_init() {
-  return failing == Function::easyInit ? nullptr : __real_curl_easy_init();
+extern "C" void* __wrap_dlsym(void* library, const char* name) {
+  void* const found = __real_dlsym(library, name);
+  const std::string_view function(name);
+  if (function == "curl_global_init") {
+    return replaced(found, realGlobalInit, &globalInit);
+  }
+  if (function == "curl_multi_init") {
+    return replaced(found, realMultiInit, &multiInit);
+  }
+  if (function == "curl_multi_add_handle") {
+    return replaced(found, realMultiAddHandle, &multiAddHandle);
+  }
+  if (function == "curl_easy_init") {
+    return replaced(found, realEasyInit, &easyInit);
+  }
+  return found;
 }
 
 namespace vendril {

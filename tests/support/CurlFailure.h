@@ -3,7 +3,7 @@
 namespace vendril {
 
 /// While one lives, one function of libcurl fails whenever it is called. Works in a program that is
-/// linked with --wrap for these functions.
+/// linked with --wrap=dlsym.
 class CurlFailure {
  public:
   enum class Function { none, globalInit, multiInit, multiAddHandle, easyInit };
