@@ -90,7 +90,9 @@ std::optional<RawPortal::Clock::time_point> RawPortal::waitForRequest(
         closeConnection(index);
       } else if (isWholeRequest(connection.received)) {
         connection.received.clear();
-        send(connection.socket, kAnswer.data(), kAnswer.size(), MSG_NOSIGNAL);
+        if (answers_) {
+          send(connection.socket, kAnswer.data(), kAnswer.size(), MSG_NOSIGNAL);
+        }
         return connection.firstByte;
       }
     }

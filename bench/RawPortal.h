@@ -23,6 +23,9 @@ class RawPortal {
 
   int port() const { return port_; }
 
+  /// From now on requests are read and never answered.
+  void stopAnswering() { answers_ = false; }
+
   /// Waits for one request, reads it whole and answers it. Returns the moment at which its first
   /// bytes were there; nothing when no request came in time.
   std::optional<Clock::time_point> waitForRequest(std::chrono::milliseconds timeout);
@@ -40,6 +43,7 @@ class RawPortal {
 
   int listener_ = -1;
   int port_ = 0;
+  bool answers_ = true;
   std::vector<Connection> connections_;
 };
 

@@ -18,6 +18,7 @@
 
 #include "bench/LoadPortals.h"
 #include "bench/OutcomeLedger.h"
+#include "bench/PrivateBus.h"
 #include "bench/Program.h"
 #include "bench/RecordPipe.h"
 
@@ -289,7 +290,7 @@ class Soak {
   }
 
   Options options_;
-  PrivateBus bus_;
+  PrivateBus bus_{std::string()};
   LoadPortals portals_;
   OutcomeLedger ledger_;
   RecordPipe record_;

@@ -11,3 +11,5 @@ pkg_check_modules(JANSSON REQUIRED IMPORTED_TARGET jansson)
 # Of the programs beside the agent alone.
 find_package(CLI11 REQUIRED)
 pkg_check_modules(HTTPLIB REQUIRED IMPORTED_TARGET cpp-httplib)
+find_package(benchmark REQUIRED)
+find_package(spdlog REQUIRED)

@@ -23,8 +23,12 @@ std::optional<PropertyList::Dictionary> publishedDictionary(
     const std::optional<std::string>& path) {
   const auto root =
       path ? Host::current().propertyListFiles().dictionaryWithContentsOfFile(*path) : std::nullopt;
-  const auto value = root ? valueForKey(*root, kRootKey) : std::nullopt;
-  const auto* dictionary = value ? value->get<PropertyList::Dictionary>() : nullptr;
+  if (!root) {
+    return std::nullopt;
+  }
+  const auto value = root->find(kRootKey);
+  const auto* dictionary =
+      value != root->end() ? value->second.get<PropertyList::Dictionary>() : nullptr;
   return dictionary != nullptr ? std::optional(*dictionary) : std::nullopt;
 }
 

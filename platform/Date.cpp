@@ -67,6 +67,10 @@ constexpr std::array<Field, 7> kFields{{
 }};
 
 const Field* fieldAt(std::string_view pattern) {
+  constexpr std::string_view kFirstLetters = "yMdHmsS";
+  if (kFirstLetters.find(pattern.front()) == std::string_view::npos) {
+    return nullptr;
+  }
   for (const Field& field : kFields) {
     if (pattern.starts_with(field.name)) {
       return &field;
@@ -85,8 +89,13 @@ std::string description(Date date) {
 }
 
 std::string DateFormatter::stringFromDate(Date date) const {
-  const BrokenDownDate brokenDown = localDate(date);
   std::string out;
+  appendDate(out, date);
+  return out;
+}
+
+void DateFormatter::appendDate(std::string& out, Date date) const {
+  const BrokenDownDate brokenDown = localDate(date);
   std::string_view rest = pattern_;
   while (!rest.empty()) {
     if (const Field* field = fieldAt(rest)) {
@@ -97,7 +106,6 @@ std::string DateFormatter::stringFromDate(Date date) const {
       rest.remove_prefix(1);
     }
   }
-  return out;
 }
 
 }  // namespace vendril

@@ -1,5 +1,7 @@
 #include "platform/FileSystem.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <filesystem>
 
@@ -13,13 +15,14 @@ bool holdsNul(const std::string& path) {
 
 }  // namespace
 
+// With stat(2) alone: std::filesystem takes the path apart first, and every link asks several
+// times.
 FileKind fileKindAt(const std::string& path) {
-  std::error_code error;
-  const std::filesystem::file_status status = std::filesystem::status(path, error);
-  if (holdsNul(path) || !std::filesystem::exists(status)) {
+  struct stat status {};
+  if (holdsNul(path) || stat(path.c_str(), &status) != 0) {
     return FileKind::missing;
   }
-  return std::filesystem::is_directory(status) ? FileKind::folder : FileKind::other;
+  return S_ISDIR(status.st_mode) ? FileKind::folder : FileKind::other;
 }
 
 std::error_code createFolder(const std::string& path) {

@@ -2,12 +2,43 @@
 
 #include <fmt/format.h>
 
-#include <iterator>
+#include <concepts>
+#include <type_traits>
 
 namespace vendril {
+namespace {
+
+struct Appender {
+  std::string& out;
+
+  void operator()(std::string_view text) const { out += text; }
+  template <std::integral Number>
+  void operator()(Number number) const {
+    const fmt::format_int text(number);
+    out.append(text.data(), text.size());
+  }
+};
+
+/// As much room as the message needs, when its numbers are not longer than their placeholders.
+std::size_t likelyLength(std::string_view format, std::span<const MessageArgument> arguments) {
+  std::size_t length = format.size();
+  for (const MessageArgument& argument : arguments) {
+    std::visit(
+        [&length](const auto& value) {
+          if constexpr (std::is_convertible_v<decltype(value), std::string_view>) {
+            length += std::string_view(value).size();
+          }
+        },
+        argument.value());
+  }
+  return length;
+}
+
+}  // namespace
 
 std::string renderMessage(std::string_view format, std::span<const MessageArgument> arguments) {
   std::string out;
+  out.reserve(likelyLength(format, arguments));
   MessageFormatScanner scanner(format);
   std::size_t copied = 0;
   std::size_t used = 0;
@@ -20,9 +51,7 @@ std::string renderMessage(std::string_view format, std::span<const MessageArgume
     } else if (placeholder->kind == Kind::unknown || used == arguments.size()) {
       out += format.substr(placeholder->begin, placeholder->end - placeholder->begin);
     } else {
-      std::visit(
-          [&out](const auto& value) { fmt::format_to(std::back_inserter(out), "{}", value); },
-          arguments[used].value());
+      std::visit(Appender{out}, arguments[used].value());
       ++used;
     }
   }

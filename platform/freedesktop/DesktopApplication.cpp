@@ -139,6 +139,9 @@ bool DesktopApplication::tryLaunch(ApplicationDelegate& delegate,
 // The intake holds a single link until the launch is complete, so only the first may come earlier.
 void DesktopApplication::launch(ApplicationDelegate& delegate,
                                 const std::vector<std::string>& links) {
+  if (!links.empty()) {
+    events_.announce();
+  }
   delegate.applicationWillFinishLaunching();
   auto link = links.begin();
   if (link != links.end()) {

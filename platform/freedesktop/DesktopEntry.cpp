@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 
 #include "platform/freedesktop/BoundedFile.h"
 #include "platform/freedesktop/DesktopExec.h"
@@ -40,11 +41,23 @@ std::string_view languageOf(std::string_view line) {
                                                                         : std::string_view();
 }
 
-/// `text` without the translations into languages that the user does not read. GKeyFile leaves them
-/// out as well, but only after it has taken them apart: an entry may have hundreds of them. A line
-/// for which GKeyFile rejects the whole text stays: a malformed one, and one in front of all
-/// groups.
-std::string withoutForeignTranslations(std::string_view text) {
+/// True for a line with a key of the standard that nobody here asks for, and that GKeyFile takes
+/// whatever its value is.
+bool isBesideThePoint(std::string_view line) {
+  static constexpr std::array<std::string_view, 6> kAskedFor{
+      G_KEY_FILE_DESKTOP_KEY_TYPE,     G_KEY_FILE_DESKTOP_KEY_NAME,   G_KEY_FILE_DESKTOP_KEY_EXEC,
+      G_KEY_FILE_DESKTOP_KEY_TRY_EXEC, G_KEY_FILE_DESKTOP_KEY_HIDDEN, "Encoding"};
+  const std::string_view key = line.substr(0, std::min(line.find('='), line.size()));
+  return key.size() < line.size() && !key.empty() && !key.starts_with("X-") &&
+         std::all_of(key.begin(), key.end(), [](char c) { return g_ascii_isalnum(c) != 0; }) &&
+         std::find(kAskedFor.begin(), kAskedFor.end(), key) == kAskedFor.end();
+}
+
+/// `text` without the translations into languages that the user does not read, and without keys
+/// that are beside the point here. GKeyFile would take them apart first: an entry may have hundreds
+/// of them. A line for which GKeyFile rejects the whole text stays: a malformed one, and one in
+/// front of all groups.
+std::string relevantPartOf(std::string_view text) {
   const gchar* const* languages = g_get_language_names();
   std::string result;
   result.reserve(text.size());
@@ -53,7 +66,9 @@ std::string withoutForeignTranslations(std::string_view text) {
     const std::string_view line = text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
     isInGroup = isInGroup || line.starts_with('[');
     const std::string language(isInGroup ? languageOf(line) : std::string_view());
-    if (language.empty() || g_strv_contains(languages, language.c_str()) != FALSE) {
+    const bool isForeign =
+        !language.empty() && g_strv_contains(languages, language.c_str()) == FALSE;
+    if (!isInGroup || !(isForeign || isBesideThePoint(line))) {
       result += line;
     }
     text.remove_prefix(line.size());
@@ -78,7 +93,7 @@ std::optional<std::string> DesktopEntry::readText(const std::string& path) {
 }
 
 std::optional<DesktopEntry> DesktopEntry::parse(const std::string& bytes) {
-  const std::string text = withoutForeignTranslations(bytes);
+  const std::string text = relevantPartOf(bytes);
   GKeyFilePtr file(g_key_file_new());
   if (g_key_file_load_from_data(file.get(), text.data(), text.size(), G_KEY_FILE_NONE, nullptr) ==
           FALSE ||
@@ -112,8 +127,9 @@ bool DesktopEntry::boolean(const char* key) const {
 }
 
 DesktopEntry::Program DesktopEntry::program() const {
-  if (const std::optional<std::string> error = tryExecError()) {
-    return {std::nullopt, *error};
+  const Trial trial = tryExec();
+  if (trial.error) {
+    return {std::nullopt, *trial.error};
   }
   const std::optional<std::string> exec = string(G_KEY_FILE_DESKTOP_KEY_EXEC);
   if (!exec) {
@@ -123,24 +139,31 @@ DesktopEntry::Program DesktopEntry::program() const {
   if (!named.program) {
     return {std::nullopt, fmt::format("Exec does not parse: {}", named.error)};
   }
-  const std::optional<std::string> path = findExecutable(*named.program);
+  // Most entries try the program that they start, which need not be looked for again.
+  const std::optional<std::string> path =
+      named.program == trial.program ? trial.path : findExecutable(*named.program);
   return {path, path ? "" : fmt::format("The program '{}' does not exist", *named.program)};
 }
 
 bool DesktopEntry::isInstalledApplication() const {
   const bool namesProgram = !string(G_KEY_FILE_DESKTOP_KEY_EXEC).value_or("").empty();
-  return isApplication() && (namesProgram ? program().path.has_value() : !tryExecError());
+  return isApplication() && (namesProgram ? program().path.has_value() : !tryExec().error);
 }
 
 bool DesktopEntry::has(const char* key) const {
   return g_key_file_has_key(file_.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr) != FALSE;
 }
 
-std::optional<std::string> DesktopEntry::tryExecError() const {
+DesktopEntry::Trial DesktopEntry::tryExec() const {
   const std::string tried = string(G_KEY_FILE_DESKTOP_KEY_TRY_EXEC).value_or("");
-  return tried.empty() || findExecutable(tried)
-             ? std::nullopt
-             : std::optional(fmt::format("The program '{}' of TryExec does not exist", tried));
+  if (tried.empty()) {
+    return {};
+  }
+  std::optional<std::string> path = findExecutable(tried);
+  if (!path) {
+    return {tried, path, fmt::format("The program '{}' of TryExec does not exist", tried)};
+  }
+  return {tried, std::move(path), std::nullopt};
 }
 
 }  // namespace vendril

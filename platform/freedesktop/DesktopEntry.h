@@ -7,7 +7,9 @@
 
 namespace vendril {
 
-/// What a `.desktop` file says, as it was when it was read.
+/// What a `.desktop` file says, as it was when it was read: of the standard's keys the type, the
+/// name, the programs and whether it is hidden; and all keys beyond the standard, which begin with
+/// "X-".
 class DesktopEntry {
  public:
   /// Reads the file at `path`; nothing when `readText` gives nothing or its text does not parse.
@@ -52,8 +54,13 @@ class DesktopEntry {
 
   /// Asked before each value: GKeyFile composes a translated error for one that is missing.
   bool has(const char* key) const;
-  /// The error when `TryExec` names a program that does not exist.
-  std::optional<std::string> tryExecError() const;
+  /// The program that `TryExec` names, if it names one, and where it was found; else an error.
+  struct Trial {
+    std::optional<std::string> program;
+    std::optional<std::string> path;
+    std::optional<std::string> error;
+  };
+  Trial tryExec() const;
 
   GKeyFilePtr file_;
 };

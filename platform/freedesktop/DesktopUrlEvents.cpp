@@ -24,15 +24,19 @@ void DesktopUrlEvents::deliver(std::string_view uri) noexcept {
   returnHeapWhenQuiet();
 }
 
+void DesktopUrlEvents::announce() const {
+  if (notice_) {
+    notice_();
+  }
+}
+
 void DesktopUrlEvents::send(std::string_view uri) {
   const auto found = handlers_.find({kInternetEventClass, kGetUrlEventId});
   if (found == handlers_.end()) {
     log_.write("Nothing handles links");
     return;
   }
-  if (notice_) {
-    notice_();
-  }
+  announce();
   // A copy, because a handler may set its successor while it runs.
   const Handler handler = found->second;
   UrlEvent reply;

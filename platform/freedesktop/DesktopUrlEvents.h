@@ -17,8 +17,11 @@ class DesktopUrlEvents : public UrlEvents {
   /// `log` outlives this object.
   explicit DesktopUrlEvents(SystemLog& log) : log_(log) {}
 
-  /// Calls `notice` as soon as a link has arrived, before it is handed to its handler.
+  /// Calls `notice` as soon as a link is known to come, before it is handed to its handler.
   void setArrivalNotice(std::function<void()> notice) { notice_ = std::move(notice); }
+
+  /// Says that links will be delivered soon.
+  void announce() const;
 
   void setEventHandler(Handler handler, FourCharCode eventClass, FourCharCode eventId) override;
 

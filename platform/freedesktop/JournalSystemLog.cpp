@@ -45,8 +45,10 @@ void JournalSystemLog::write(std::string_view message) noexcept {
 }
 
 std::string JournalSystemLog::recordOf(std::string_view message) const {
-  std::string record = time_.stringFromDate(std::chrono::system_clock::now());
-  record.reserve(record.size() + process_.size() + message.size() + 1);
+  constexpr std::size_t kRoomForTimeAndEscapes = 64;
+  std::string record;
+  record.reserve(kRoomForTimeAndEscapes + process_.size() + message.size());
+  time_.appendDate(record, std::chrono::system_clock::now());
   record += process_;
   appendLogText(record, message);
   record += '\n';

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 #include <glib.h>
 
-#include <algorithm>
 #include <iterator>
 
 namespace vendril {
@@ -31,25 +30,20 @@ void appendEscaped(std::string& out, std::string_view bytes) {
   }
 }
 
-bool isPlain(char byte) {
-  const auto value = static_cast<unsigned char>(byte);
-  return value >= 0x20 && value < 0x7F;
+/// True when a text is made of printable ASCII characters alone. Looks at all of them, whatever the
+/// first ones are: that way the compiler looks at many at once.
+bool isPlain(std::string_view text) {
+  bool plain = true;
+  for (const char byte : text) {
+    plain &= byte >= 0x20 && byte < 0x7F;
+  }
+  return plain;
 }
 
 void appendUtf8(std::string& out, std::string_view text) {
   while (!text.empty()) {
-    // Most of a message is plain, and goes over in one piece.
-    const auto plain = static_cast<std::size_t>(
-        std::find_if_not(text.begin(), text.end(), isPlain) - text.begin());
-    out += text.substr(0, plain);
-    text.remove_prefix(plain);
-    if (text.empty()) {
-      return;
-    }
     std::size_t length = unprintableLength(text);
-    if (text.front() == '\n') {
-      out += "\n\t";
-    } else if (length > 0) {
+    if (length > 0) {
       appendEscaped(out, text.substr(0, length));
     } else {
       out += text.front();
@@ -59,19 +53,35 @@ void appendUtf8(std::string& out, std::string_view text) {
   }
 }
 
+void appendLine(std::string& out, std::string_view line) {
+  if (isPlain(line)) {
+    out += line;
+    return;
+  }
+  while (!line.empty()) {
+    const gchar* invalid = nullptr;
+    g_utf8_validate_len(line.data(), line.size(), &invalid);
+    const auto valid = static_cast<std::size_t>(invalid - line.data());
+    appendUtf8(out, line.substr(0, valid));
+    line.remove_prefix(valid);
+    if (!line.empty()) {
+      appendEscaped(out, line.substr(0, 1));
+      line.remove_prefix(1);
+    }
+  }
+}
+
 }  // namespace
 
 void appendLogText(std::string& out, std::string_view message) {
-  while (!message.empty()) {
-    const gchar* invalid = nullptr;
-    g_utf8_validate_len(message.data(), message.size(), &invalid);
-    const auto valid = static_cast<std::size_t>(invalid - message.data());
-    appendUtf8(out, message.substr(0, valid));
-    message.remove_prefix(valid);
-    if (!message.empty()) {
-      appendEscaped(out, message.substr(0, 1));
-      message.remove_prefix(1);
+  while (true) {
+    const std::size_t end = message.find('\n');
+    appendLine(out, message.substr(0, end));
+    if (end == std::string_view::npos) {
+      return;
     }
+    out += "\n\t";
+    message.remove_prefix(end + 1);
   }
 }
 

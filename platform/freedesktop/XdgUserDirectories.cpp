@@ -1,17 +1,16 @@
 #include "platform/freedesktop/XdgUserDirectories.h"
 
-#include <filesystem>
-
+#include "platform/FileSystem.h"
 #include "platform/freedesktop/XdgPaths.h"
 
 namespace vendril {
 
 std::vector<std::string> XdgUserDirectories::libraryDirectories() const {
-  const std::filesystem::path directory = userConfigHome(user_);
+  const std::string directory = userConfigHome(user_);
   if (directory.empty()) {
     return {};
   }
-  return {directory / "brelto"};
+  return {appendPathComponent(directory, "brelto")};
 }
 
 }  // namespace vendril

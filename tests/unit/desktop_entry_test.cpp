@@ -54,5 +54,19 @@ TEST(DesktopEntryText, WithForeignTranslationsIsAnEntry) {
   }
 }
 
+TEST(DesktopEntryText, WithKeysOfNoInterestIsAnEntryAndOneThatIsMalformedIsNone) {
+  for (const std::string line :
+       {"Comment=x\n", "Categories=\xFF;\n", "Comment=\n", "Comment=a=b\n"}) {
+    const auto entry = DesktopEntry::parse(entryWith(line));
+    ASSERT_TRUE(entry) << line;
+    EXPECT_TRUE(entry->isApplication()) << line;
+    EXPECT_THAT(entry->string("Exec"), Optional(std::string("/bin/true"))) << line;
+  }
+  for (const std::string line : {"Comment\n", "=x\n", "Encoding=KOI8-R\n", "Com]ment=x\n"}) {
+    EXPECT_FALSE(DesktopEntry::parse(entryWith(line))) << line;
+  }
+  EXPECT_FALSE(DesktopEntry::parse("Comment=x\n" + entryWith("")));
+}
+
 }  // namespace
 }  // namespace vendril
