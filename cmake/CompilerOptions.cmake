@@ -6,7 +6,7 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 set(VENDRIL_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
-
+option(VENDRIL_FUZZ "Build the fuzz targets with libFuzzer, which is part of clang" OFF)
 option(VENDRIL_COVERAGE "Count how often each line runs" OFF)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
@@ -27,6 +27,10 @@ if(VENDRIL_COVERAGE)
   # Several threads, and several processes of one program, count at the same time.
   add_compile_options(--coverage -fprofile-update=atomic -fprofile-abs-path)
   add_link_options(--coverage)
+endif()
+if(VENDRIL_FUZZ)
+  # The counters that guide the fuzzer, in all of the code.
+  add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
 # What makes a fault in memory end the program instead of serving whoever caused it. A test looks for

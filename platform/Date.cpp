@@ -17,8 +17,10 @@ struct BrokenDownDate {
 using Seconds = std::chrono::seconds;
 using Milliseconds = std::chrono::milliseconds;
 
+/// Not made by way of the clock, which counts in nanoseconds: the first second of its range begins
+/// before the range does.
 std::time_t wholeSeconds(Date date) {
-  return std::chrono::system_clock::to_time_t(std::chrono::floor<Seconds>(date));
+  return std::chrono::floor<Seconds>(date).time_since_epoch().count();
 }
 
 BrokenDownDate localDate(Date date) {

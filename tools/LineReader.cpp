@@ -1,10 +1,10 @@
 #include "tools/LineReader.h"
 
 #include <glib.h>
-#include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -22,6 +22,7 @@ void endWithParent(gpointer /*data*/) {
 
 LineReader::LineReader(const std::vector<std::string>& command) {
   std::vector<gchar*> words;
+  words.reserve(command.size() + 1);
   for (const std::string& word : command) {
     words.push_back(const_cast<gchar*>(word.c_str()));
   }

@@ -66,7 +66,11 @@ std::optional<std::string> withProgram(const std::string& entry,
   if (!file) {
     return std::nullopt;
   }
-  g_key_file_remove_key(file.get(), kGroup, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC, nullptr);
+  // Set and not removed: of a key that comes twice GKeyFile removes the last one alone.
+  if (g_key_file_has_key(file.get(), kGroup, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC, nullptr) != FALSE) {
+    g_key_file_set_string(file.get(), kGroup, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC,
+                          content.program.c_str());
+  }
   setProgram(file, content);
   return textOf(file);
 }

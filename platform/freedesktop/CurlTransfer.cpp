@@ -7,10 +7,30 @@
 #include <type_traits>
 #include <utility>
 
+#include "platform/AsciiCase.h"
+
 namespace vendril {
 namespace {
 
 constexpr const char* kAllowedProtocols = "http,https";
+
+/// True for a line that libcurl takes for a status line, whatever follows.
+bool beginsAsStatusLine(std::string_view line) {
+  constexpr std::string_view kStart = "http/";
+  return asciiLowercase(line.substr(0, kStart.size())) == kStart;
+}
+
+/// By RFC 9112, section 4. libcurl takes other lines too, and for a status of 200 when there is no
+/// number in them.
+bool isStatusLine(std::string_view line) {
+  constexpr std::string_view kPattern = "HTTP/d.d ddd";
+  const auto fits = [](char character, char pattern) {
+    return pattern == 'd' ? character >= '0' && character <= '9' : character == pattern;
+  };
+  const std::string_view start = line.substr(0, kPattern.size());
+  return std::equal(start.begin(), start.end(), kPattern.begin(), kPattern.end(), fits) &&
+         line.find_first_of(" \r\n", kPattern.size()) == kPattern.size();
+}
 
 /// Sets options of a handle until one fails, whose result it keeps.
 class CurlOptions {
@@ -126,7 +146,7 @@ std::size_t CurlTransfer::receiveBody(char* data, std::size_t size, std::size_t 
   }
 }
 
-std::size_t CurlTransfer::receiveHeader(char* /*data*/, std::size_t size, std::size_t count,
+std::size_t CurlTransfer::receiveHeader(char* data, std::size_t size, std::size_t count,
                                         void* transfer) noexcept {
   auto& self = *static_cast<CurlTransfer*>(transfer);
   const std::size_t length = size * count;
@@ -135,6 +155,11 @@ std::size_t CurlTransfer::receiveHeader(char* /*data*/, std::size_t size, std::s
     return CURL_WRITEFUNC_ERROR;
   }
   self.headerSizeLeft_ -= length;
+  const std::string_view line(data, length);
+  if (beginsAsStatusLine(line) && !isStatusLine(line)) {
+    self.refusal_ = "The response has a malformed status";
+    return CURL_WRITEFUNC_ERROR;
+  }
   return length;
 }
 

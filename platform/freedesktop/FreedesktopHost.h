@@ -9,6 +9,7 @@
 #include "platform/freedesktop/DesktopUrlEvents.h"
 #include "platform/freedesktop/ExecutableBundle.h"
 #include "platform/freedesktop/GioLaunchServices.h"
+#include "platform/freedesktop/GlibMessages.h"
 #include "platform/freedesktop/GlibUuidGenerator.h"
 #include "platform/freedesktop/JournalSystemLog.h"
 #include "platform/freedesktop/PlistFiles.h"
@@ -55,6 +56,7 @@ class FreedesktopHost : public Host {
  private:
   StandardStreams standardStreams_;
   JournalSystemLog systemLog_;
+  GlibMessages glibMessages_{systemLog_};
   UnixProcessInfo processInfo_;
   ExecutableBundle bundle_;
   PlistFiles propertyListFiles_;

@@ -5,8 +5,10 @@
 #include <glib.h>
 
 #include <algorithm>
+#include <functional>
 #include <optional>
 
+#include "platform/Utf8.h"
 #include "platform/freedesktop/MimeAppsList.h"
 
 namespace vendril {
@@ -39,12 +41,11 @@ std::string joinLines(const std::vector<std::string>& lines) {
   return text;
 }
 
-/// The name in a line such as "[name]"; nothing when it is another line.
+/// The name in a line such as "[name]"; nothing when it is another line. In a text that parses,
+/// every line that begins so is one, and GKeyFile bears with some bytes behind the bracket.
 std::optional<std::string_view> groupOf(std::string_view line) {
   line = trimmed(line);
-  return line.starts_with('[') && line.ends_with(']')
-             ? std::optional(line.substr(1, line.size() - 2))
-             : std::nullopt;
+  return line.starts_with('[') ? std::optional(line.substr(1, line.rfind(']') - 1)) : std::nullopt;
 }
 
 /// The key in a line such as "key = value"; nothing when it is another line.
@@ -55,10 +56,32 @@ std::optional<std::string_view> keyOf(std::string_view line) {
              : std::optional(key);
 }
 
+/// False for what makes the whole value unreadable to GKeyFile, and so to everybody: a byte that is
+/// not UTF-8, or an escape that there is not.
+bool isReadable(const std::string& element) {
+  for (std::size_t i = element.find('\\'); i != element.npos; i = element.find('\\', i + 2)) {
+    if (i + 1 == element.size() ||
+        std::string_view("sntr\\;").find(element[i + 1]) == std::string_view::npos) {
+      return false;
+    }
+  }
+  return isValidUtf8(element);
+}
+
+/// The value in a line as GKeyFile reads it: without blanks in front, but with those behind, and
+/// only as far as a NUL.
+std::string_view valueOf(std::string_view line) {
+  std::string_view value = line.substr(line.find('=') + 1);
+  value.remove_suffix(value.ends_with("\r\n") ? 2 : value.ends_with('\n') ? 1 : 0);
+  value = value.substr(0, value.find('\0'));
+  value.remove_prefix(std::min(value.find_first_not_of(kBlanks), value.size()));
+  return value;
+}
+
 /// The list in the value of a line, its elements as they are written.
 std::vector<std::string> elementsOf(std::string_view line) {
   std::vector<std::string> elements(1);
-  const std::string_view value = trimmed(line.substr(line.find('=') + 1));
+  const std::string_view value = valueOf(line);
   for (std::size_t i = 0; i < value.size(); ++i) {
     if (value[i] == ';') {
       elements.emplace_back();
@@ -80,8 +103,7 @@ std::string_view lineEndOf(std::string_view line) {
 
 /// `line` with another list as its value.
 std::string withElements(const std::string& line, const std::vector<std::string>& elements) {
-  const std::size_t value = std::min(line.find_first_not_of(" \t\f", line.find('=') + 1),
-                                     std::min(line.find_first_of("\r\n"), line.size()));
+  const std::size_t value = line.find_first_not_of(" \t", line.find('=') + 1);
   std::string result = line.substr(0, value);
   for (const std::string& element : elements) {
     result += element + ";";
@@ -173,7 +195,8 @@ std::string withApplicationFirst(std::string_view text, std::string_view group,
     return lines.text();
   }
   std::vector<std::string> ids = elementsOf(*line);
-  if (!ids.empty() && ids.front() == id) {
+  const bool wasReadable = std::erase_if(ids, std::not_fn(isReadable)) == 0;
+  if (wasReadable && !ids.empty() && ids.front() == id) {
     return std::string(text);
   }
   std::erase(ids, id);

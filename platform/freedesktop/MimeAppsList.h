@@ -47,8 +47,9 @@ class MimeAppsList {
 };
 
 /// The text of a list with `id` as the first application of `type` in `group`. `text` has to parse.
-/// Every line but the one for `type` stays as it is, byte for byte; the same text comes back when
-/// the application is the first one already.
+/// Every line but the one for `type` stays as it is, byte for byte; so do the other applications on
+/// that line, but for those that make it unreadable. The same text comes back when the application
+/// is the first one already.
 std::string withApplicationFirst(std::string_view text, std::string_view group,
                                  std::string_view type, std::string_view id);
 

@@ -21,14 +21,6 @@ constexpr const char* kSampleReport =
     R"({"appName":"Brelto Orvanta 4.0","appVersion":"4.0.1","isMeetMeOnly":false,)"
     R"("meetmeCapable":1,"videoCapable":1,"SIPready":1,"SIPDomain":"sip.example.com"})";
 
-std::size_t countOf(const std::string& part, const std::string& text) {
-  std::size_t count = 0;
-  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
-    ++count;
-  }
-  return count;
-}
-
 class LinkToReport : public LinkToReportFixture {
  protected:
   /// The log is read on in every round: the bus itself writes to it too, and would stop at a full
@@ -142,22 +134,6 @@ TEST_F(LinkToReport, RequestUnderWayAtTerminationIsFinished) {
   process->signal(SIGTERM);
   EXPECT_EQ(process->waitForExit(), 0);
   EXPECT_THAT(process->err(), HasSubstr(kSuccess));
-}
-
-TEST_F(LinkToReport, FileUrlsPendingAtTerminationAreAnswered) {
-  constexpr std::size_t kLinks = 50;
-  const std::string file = agent.home().root() / "answer";
-  writeFile(file, std::string(std::size_t{1} << 20U, 'x'));
-  const std::string last = "file://" + file + "?session_id=" + std::to_string(kLinks - 1);
-  std::vector<std::string> links;
-  for (std::size_t i = 0; i < kLinks; ++i) {
-    links.push_back(linkTo("file://" + file, std::to_string(i)));
-  }
-  const auto process = agent.start(links);
-  ASSERT_TRUE(process->waitForErr(" to: " + last)) << process->err();
-  process->signal(SIGTERM);
-  EXPECT_EQ(process->waitForExit(), 0);
-  EXPECT_EQ(countOf(" has been successfully sent\n", process->err()), kLinks) << process->err();
 }
 
 TEST_F(LinkToReport, DontSearchWordReportsAClientWhoseExecutableIsGone) {

@@ -151,6 +151,26 @@ TEST_F(ShownAlert, AVeryLongTextLeavesTheButtonOnTheScreen) {
   EXPECT_EQ(alert->runModal(), 1000);
 }
 
+TEST_F(ShownAlert, AVeryLongTextMakesNoAlertThatASmallScreenCannotHold) {
+  constexpr int kSmallScreen = 600;
+  constexpr int kTitleBarAndMargins = 100;
+  ScreenPicture picture;
+  whenAlertHasFocus([this, &picture] {
+    picture = display().picture();
+    display().pressKey("Return");
+  });
+  const std::unique_ptr<HelperAlert> alert = makeEnglishAlert();
+  std::string text;
+  for (int line = 0; line < 500; ++line) {
+    text += "Line " + std::to_string(line) + " of a text that does not end.\n";
+  }
+  alert->setInformativeText(text);
+  EXPECT_EQ(alert->runModal(), 1000);
+  ASSERT_TRUE(picture.centre(isWarningColour) && picture.centre(isButtonColour));
+  EXPECT_LT(picture.centre(isButtonColour)->y - picture.centre(isWarningColour)->y,
+            kSmallScreen - kTitleBarAndMargins);
+}
+
 TEST_F(ShownAlert, ThisProcessMapsNoToolkit) {
   std::string duringAlert;
   const auto readMaps = [] {

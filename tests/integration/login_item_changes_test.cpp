@@ -122,8 +122,17 @@ TEST_F(AutostartLoginItemsOfTheDesktop, EntryWhoseProgramHasMovedIsHealedAndKeep
   ASSERT_FALSE(launchesOnLogin());
   ASSERT_NE(insertOurs(), nullptr);
   EXPECT_TRUE(launchesOnLogin());
-  EXPECT_EQ(readFile(users(kOwnName)),
-            desktopEntryText("My Vendril", bundle_.path, rest + "X-LoginItem-HideOnLaunch=true\n"));
+  EXPECT_EQ(readFile(users(kOwnName)), desktopEntryText("My Vendril", bundle_.path,
+                                                        rest + "TryExec=" + bundle_.path +
+                                                            "\nX-LoginItem-HideOnLaunch=true\n"));
+}
+
+TEST_F(AutostartLoginItemsOfTheDesktop, EntryWithAKeyThatComesTwiceIsHealedOnce) {
+  files_.autostart(kOwnName, desktopEntryText("Vendril", "/old/vendril",
+                                              "TryExec=/older/vendril\nTryExec=/old/vendril\n"
+                                              "Exec=/old/vendril\n"));
+  ASSERT_NE(insertOurs(), nullptr);
+  EXPECT_TRUE(launchesOnLogin()) << readFile(users(kOwnName));
 }
 
 TEST_F(AutostartLoginItemsOfTheDesktop, EntryWithAMalformedTranslationIsNotHealed) {

@@ -32,6 +32,10 @@ struct DiskFault {
   void (SmallDisk::*happen)() const;
 };
 
+void PrintTo(const DiskFault& fault, std::ostream* out) {
+  *out << fault.name;
+}
+
 constexpr std::array kDiskFaults{DiskFault{"FullDisk", &SmallDisk::fill},
                                  DiskFault{"DiskWithoutRoomForAFile", &SmallDisk::useUpFiles},
                                  DiskFault{"ReadOnlyDisk", &SmallDisk::makeReadOnly}};

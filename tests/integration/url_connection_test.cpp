@@ -166,6 +166,18 @@ TEST_F(UrlConnectionTest, FailsWhenTheAnswerIsNotHttp) {
   EXPECT_THAT(outcome.errorText(), HasSubstr("HTTP/0.9"));
 }
 
+TEST_F(UrlConnectionTest, FailsWhenTheStatusIsMalformed) {
+  for (const char* line : {"HTTP/rubbish", "http/1.1 200 OK", "Http/1.1"}) {
+    const RawServer server([line](RawServer::Connection& connection) {
+      connection.readRequest();
+      connection.write(std::string(line) + "\r\nContent-Length: 0\r\n\r\n");
+    });
+    const Outcome outcome = fetch(server.url());
+    expectError(outcome);
+    EXPECT_THAT(outcome.errorText(), HasSubstr("malformed status")) << line;
+  }
+}
+
 TEST_F(UrlConnectionTest, FailsWhenNoAnswerComesInTime) {
   const RawServer server(RawServer::neverAnswer);
   UrlRequest request = post(server.url());

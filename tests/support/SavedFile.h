@@ -1,8 +1,7 @@
 #pragma once
 
+#include <array>
 #include <filesystem>
-#include <functional>
-#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -52,5 +51,8 @@ class SavedFile {
 
 /// For the names of tests.
 std::string nameOf(SavedFile::Kind kind);
+inline void PrintTo(SavedFile::Kind kind, std::ostream* out) {
+  *out << nameOf(kind);
+}
 
 }  // namespace vendril

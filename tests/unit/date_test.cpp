@@ -24,6 +24,11 @@ TEST(DateDescription, RoundsTowardsThePast) {
   EXPECT_EQ(description(Date(milliseconds(-1))), "1969-12-31 23:59:59 +0000");
 }
 
+TEST(DateDescription, ReachesTheEndsOfTheClocksRange) {
+  EXPECT_EQ(description(Date::min()), "1677-09-21 00:12:43 +0000");
+  EXPECT_EQ(description(Date::max()), "2262-04-11 23:47:16 +0000");
+}
+
 TEST(DateFormatter, FillsEveryFieldInLocalTime) {
   const ScopedTimeZone zone("UTC0");
   EXPECT_EQ(DateFormatter(kLogPattern).stringFromDate(kAfternoon), "2024-01-31 13:05:09.042");

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "support/DesktopFiles.h"
 
 namespace vendril {
@@ -72,6 +74,12 @@ TEST_F(FindExecutable, AbsolutePathHasToBeAnExecutableRegularFile) {
   EXPECT_EQ(findExecutable(home_.root() / "missing"), std::nullopt);
   std::filesystem::permissions(program, std::filesystem::perms::owner_read);
   EXPECT_EQ(findExecutable(program), std::nullopt);
+}
+
+TEST_F(FindExecutable, RelativePathLeadsNowhereThoughAProgramIsThere) {
+  const std::string relative = std::filesystem::relative("/bin/sh");
+  ASSERT_TRUE(std::filesystem::exists(relative)) << relative;
+  EXPECT_EQ(findExecutable(relative), std::nullopt);
 }
 
 TEST_F(FindExecutable, NameIsFoundInTheFirstDirectoryOfPathThatHasIt) {

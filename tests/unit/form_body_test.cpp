@@ -21,8 +21,12 @@ TEST(FormBody, DecodesNamesAndValues) {
 }
 
 TEST(FormBody, LeavesAMalformedEscapeAsItStands) {
-  EXPECT_THAT(decodeFormBody("a=%zz&b=%4&c=%"),
-              ElementsAre(Pair("a", "%zz"), Pair("b", "%4"), Pair("c", "%")));
+  EXPECT_THAT(decodeFormBody("a=%zz&b=%4&c=%&d=%4z"),
+              ElementsAre(Pair("a", "%zz"), Pair("b", "%4"), Pair("c", "%"), Pair("d", "%4z")));
+}
+
+TEST(FormBody, TakesNoHexadecimalDigitsForAnEscapeWithoutThePercentSign) {
+  EXPECT_THAT(decodeFormBody("add=bee"), ElementsAre(Pair("add", "bee")));
 }
 
 TEST(FormBody, SplitsAFieldAtItsFirstEqualsSign) {

@@ -99,9 +99,38 @@ TEST(MimeAppsEdit, LineEndsOfTheListAreKept) {
 
 TEST(MimeAppsEdit, ApplicationMovesBeforeTheOthersWhichStayAsTheyAreWritten) {
   EXPECT_EQ(withFirst("[Default Applications]\n"
-                      "  x-scheme-handler/vendril = a\\;b.desktop;v.desktop;\xE9.desktop\n"),
+                      "  x-scheme-handler/vendril = a\\;b.desktop;v.desktop;c.desktop\n"),
             "[Default Applications]\n"
-            "  x-scheme-handler/vendril = v.desktop;a\\;b.desktop;\xE9.desktop;\n");
+            "  x-scheme-handler/vendril = v.desktop;a\\;b.desktop;c.desktop;\n");
+}
+
+TEST(MimeAppsEdit, ElementsThatWouldHideTheApplicationFromEverybodyGo) {
+  for (const std::string unreadable : {"\xE9.desktop", "a\\x.desktop", "a\\"}) {
+    const std::string key = "[Default Applications]\nx-scheme-handler/vendril=";
+    for (const std::string others : {"b.desktop;", "v.desktop;b.desktop;"}) {
+      const std::string edited = withFirst(key + others + unreadable + "\n");
+      EXPECT_EQ(edited, key + "v.desktop;b.desktop;\n");
+      EXPECT_THAT(MimeAppsList::parse(edited)->applications(kGroup, kType),
+                  ElementsAre("v.desktop", "b.desktop"));
+    }
+  }
+}
+
+TEST(MimeAppsEdit, CarriageReturnInFrontOfAKeyStays) {
+  EXPECT_EQ(withFirst("[Default Applications]\n \rx-scheme-handler/vendril = b.desktop\n"),
+            "[Default Applications]\n \rx-scheme-handler/vendril = v.desktop;b.desktop;\n");
+}
+
+TEST(MimeAppsEdit, BlankBehindAnApplicationMakesItAnother) {
+  EXPECT_EQ(withFirst("[Default Applications]\nx-scheme-handler/vendril=v.desktop \n"),
+            "[Default Applications]\nx-scheme-handler/vendril=v.desktop;v.desktop ;\n");
+}
+
+TEST(MimeAppsEdit, ValueEndsAtANulAsItDoesForItsReaders) {
+  const std::string text("[Default Applications]\nx-scheme-handler/vendril=b.desktop\0\xE9;c\n",
+                         60);
+  EXPECT_EQ(withFirst(text),
+            "[Default Applications]\nx-scheme-handler/vendril=v.desktop;b.desktop;\n");
 }
 
 TEST(MimeAppsEdit, ListThatHasTheApplicationFirstStaysTheSame) {
@@ -123,6 +152,11 @@ TEST(MimeAppsEdit, OnlyTheLineThatCountsChangesWhenAKeyComesTwice) {
             "x-scheme-handler/vendril=v.desktop;b.desktop;\n");
   EXPECT_THAT(MimeAppsList::parse(edited)->applications(kGroup, kType),
               ElementsAre("v.desktop", "b.desktop"));
+}
+
+TEST(MimeAppsEdit, GroupIsFoundBehindWhoseNameAStrayByteStands) {
+  EXPECT_EQ(withFirst("[Default Applications]\x98\nx-scheme-handler/vendril=b.desktop\n"),
+            "[Default Applications]\x98\nx-scheme-handler/vendril=v.desktop;b.desktop;\n");
 }
 
 TEST(MimeAppsEdit, CommentedOutAndTranslatedKeysAreOtherKeys) {

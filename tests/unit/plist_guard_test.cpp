@@ -1,3 +1,4 @@
+#include "platform/freedesktop/PlistBinaryGuard.h"
 #include "platform/freedesktop/PlistGuard.h"
 
 #include <gtest/gtest.h>
@@ -395,6 +396,20 @@ TEST(PlistBinaryGuard, RefusesATrailerThatDoesNotFitTheFile) {
   for (const std::uint64_t table : {std::uint64_t{0}, std::uint64_t{8}, trailer, huge}) {
     EXPECT_TRUE(isRefused(with(24, table, 8))) << "offset table " << table;
   }
+}
+
+TEST(PlistBinaryGuard, RefusesAnObjectThatLiesInTheTableOfOffsets) {
+  constexpr std::string_view kTrailer(
+      "\0\0\0\0\0\0\1\1"
+      "\0\0\0\0\0\0\0\1"
+      "\0\0\0\0\0\0\0\0"
+      "\0\0\0\0\0\0\0\x09",
+      32);
+  const auto plistWithObjectAt = [&](char offset) {
+    return std::string("bplist00\x09") + offset + std::string(kTrailer);
+  };
+  EXPECT_TRUE(isSafeBinaryPlist(plistWithObjectAt(8)));
+  EXPECT_FALSE(isSafeBinaryPlist(plistWithObjectAt(9)));
 }
 
 TEST(PlistBinaryGuard, EndsSoonOnOverlappingContainers) {

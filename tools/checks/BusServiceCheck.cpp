@@ -33,7 +33,8 @@ bool isThere(const std::string& path) {
 std::optional<std::string> firstFile(const std::vector<std::string>& directories,
                                      const std::string& middle, const std::string& name) {
   for (const std::string& directory : directories) {
-    const std::string path = directory + middle + name;
+    std::string path = directory;
+    path.append(middle).append(name);
     if (!directory.empty() && isThere(path)) {
       return path;
     }
@@ -110,7 +111,7 @@ std::string provision(const BusServiceFacts& facts) {
                        file, reloadCommand());
   }
   return fmt::format(
-      "mkdir -p {} && printf '[D-BUS Service]\\nName=%s\\nExec=%s\\n' {} {} > {} && {}", directory,
+      R"(mkdir -p {} && printf '[D-BUS Service]\nName=%s\nExec=%s\n' {} {} > {} && {})", directory,
       facts.id, shellWord(facts.program), file, reloadCommand());
 }
 
