@@ -114,15 +114,35 @@ class Endurance {
                              cost.processorMicroseconds, cost.wallMicroseconds);
       }
     }
-    // The first ten set up what the others use. Two windows make one that is long enough to be
-    // compared on a machine that does other things too.
-    const Cost& small = costs_.at(1);
-    const Cost& large = costs_.at(2);
-    const double early = (small.processorMicroseconds * (small.last - small.first + 1) +
-                          large.processorMicroseconds * (large.last - large.first + 1)) /
-                         (large.last - small.first + 1);
-    table_.ratio("processor time for a link, last to 11 to 1000",
-                 costs_.back().processorMicroseconds, early, "us", kCostGrowth);
+    reportGrowth();
+  }
+
+  /// The agent with all its links behind it, in turns with one that has just started, on a bus of
+  /// its own: on a machine that does other things too, minutes are too far apart to be compared.
+  void reportGrowth() {
+    constexpr int kRounds = 50;
+    constexpr int kLinksInARound = 20;
+    Testbed other(options_.serviceDirectory);
+    const auto fresh = other.start(options_.agent);
+    other.openLinks(options_.agent, 10);
+    std::chrono::nanoseconds late{};
+    std::chrono::nanoseconds early{};
+    for (int round = 0; round < kRounds; ++round) {
+      late += timeOf(*agent_, bed_, kLinksInARound);
+      early += timeOf(*fresh, other, kLinksInARound);
+    }
+    constexpr double kLinks = kRounds * kLinksInARound;
+    table_.ratio(fmt::format("processor time after {} links, to after 10", links_),
+                 std::chrono::duration<double, std::micro>(late).count() / kLinks,
+                 std::chrono::duration<double, std::micro>(early).count() / kLinks, "us",
+                 kCostGrowth);
+  }
+
+  std::chrono::nanoseconds timeOf(const Program& agent, Testbed& bed, int links) const {
+    const auto before = agent.processorTime();
+    bed.openLinks(options_.agent, links);
+    std::this_thread::sleep_for(kBetweenRounds);
+    return agent.processorTime() - before;
   }
 
   Testbed& bed_;

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <stdexcept>
 #include <thread>
 
@@ -45,12 +46,19 @@ class QuietStandardError {
   int kept_;
 };
 
+constexpr const char* kAddress = "DBUS_SESSION_BUS_ADDRESS";
+
+std::string presentAddress() {
+  const char* const address = std::getenv(kAddress);
+  return address != nullptr ? address : "";
+}
+
 constexpr const char* kInterface = "org.freedesktop.Application";
 
 }  // namespace
 
 PrivateBus::PrivateBus(const std::string& serviceDirectory)
-    : daemon_(g_test_dbus_new(G_TEST_DBUS_NONE)) {
+    : addressBefore_(presentAddress()), daemon_(g_test_dbus_new(G_TEST_DBUS_NONE)) {
   if (!serviceDirectory.empty()) {
     g_test_dbus_add_service_dir(daemon_, serviceDirectory.c_str());
   }
@@ -73,6 +81,9 @@ PrivateBus::~PrivateBus() {
   g_object_unref(connection_);
   g_test_dbus_down(daemon_);
   g_object_unref(daemon_);
+  if (!addressBefore_.empty()) {
+    setenv(kAddress, addressBefore_.c_str(), 1);
+  }
 }
 
 void PrivateBus::open(const std::string& busName, const std::string& link) {

@@ -7,7 +7,7 @@
 namespace vendril::bench {
 
 /// A session bus of our own. While it lives, it is the session bus of this process and of those
-/// that it starts.
+/// that it starts; then the one before it is again.
 class PrivateBus {
  public:
   /// The bus starts the services that files in `serviceDirectory` describe; none when it is empty.
@@ -33,6 +33,7 @@ class PrivateBus {
   bool hasOwner(const std::string& busName);
   GVariant* askBus(const char* method, const std::string& busName, const char* replyType);
 
+  std::string addressBefore_;
   GTestDBus* daemon_;
   GDBusConnection* connection_ = nullptr;
 };
