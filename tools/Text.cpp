@@ -100,10 +100,10 @@ std::string shellWord(std::string_view text) {
     return std::string(text);
   }
   if (printable(text) == text) {
-    return "'" + replaceAll(text, '\'', R"('\'')") + "'";
+    return fmt::format("'{}'", replaceAll(text, '\'', R"('\'')"));
   }
   const std::string escaped = replaceAll(replaceAll(text, '\\', R"(\\)"), '\'', R"(\')");
-  return "$'" + printable(escaped) + "'";
+  return fmt::format("$'{}'", printable(escaped));
 }
 
 Style Style::ofStandardOutput() {

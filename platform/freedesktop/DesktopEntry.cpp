@@ -44,9 +44,13 @@ std::string_view languageOf(std::string_view line) {
 /// True for a line with a key of the standard that nobody here asks for, and that GKeyFile takes
 /// whatever its value is.
 bool isBesideThePoint(std::string_view line) {
-  static constexpr std::array<std::string_view, 6> kAskedFor{
-      G_KEY_FILE_DESKTOP_KEY_TYPE,     G_KEY_FILE_DESKTOP_KEY_NAME,   G_KEY_FILE_DESKTOP_KEY_EXEC,
-      G_KEY_FILE_DESKTOP_KEY_TRY_EXEC, G_KEY_FILE_DESKTOP_KEY_HIDDEN, "Encoding"};
+  static constexpr std::array<std::string_view, 7> kAskedFor{G_KEY_FILE_DESKTOP_KEY_TYPE,
+                                                             G_KEY_FILE_DESKTOP_KEY_NAME,
+                                                             G_KEY_FILE_DESKTOP_KEY_EXEC,
+                                                             G_KEY_FILE_DESKTOP_KEY_TRY_EXEC,
+                                                             G_KEY_FILE_DESKTOP_KEY_HIDDEN,
+                                                             G_KEY_FILE_DESKTOP_KEY_MIME_TYPE,
+                                                             "Encoding"};
   const std::string_view key = line.substr(0, std::min(line.find('='), line.size()));
   return key.size() < line.size() && !key.empty() && !key.starts_with("X-") &&
          std::all_of(key.begin(), key.end(), [](char c) { return g_ascii_isalnum(c) != 0; }) &&

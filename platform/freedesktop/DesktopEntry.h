@@ -8,8 +8,8 @@
 namespace vendril {
 
 /// What a `.desktop` file says, as it was when it was read: of the standard's keys the type, the
-/// name, the programs and whether it is hidden; and all keys beyond the standard, which begin with
-/// "X-".
+/// name, the programs, the types of files and whether it is hidden; and all keys beyond the
+/// standard, which begin with "X-".
 class DesktopEntry {
  public:
   /// Reads the file at `path`; nothing when `readText` gives nothing or its text does not parse.

@@ -1,6 +1,7 @@
 // What may be wrong with a network, with a portal's certificate and with this process's own means:
 // each request ends with one error that says so, and later ones work.
 
+#include <glib.h>
 #include <gmock/gmock.h>
 #include <netinet/in.h>
 #include <sys/mount.h>
@@ -31,6 +32,9 @@ using testing::SizeIs;
 
 class NetworkFaults : public UrlConnectionFixture {
  protected:
+  // An application has its main context before the first request; making it needs descriptors.
+  NetworkFaults() { g_main_context_default(); }
+
   void expectError(const Outcome& outcome, const std::string& text) {
     EXPECT_FALSE(outcome.response);
     EXPECT_FALSE(outcome.data);
