@@ -51,6 +51,9 @@ bool mainContextHasTimer() {
 }
 
 TEST(HeapReturn, FreeMemoryGoesBackToTheSystemOnceThereIsNoMoreWork) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "The sanitizers have a heap of their own";
+#endif
   const long before = privateDirtyKib();
   void* const last = leaveLargeHeap();
   const long large = privateDirtyKib();

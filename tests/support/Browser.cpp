@@ -22,6 +22,12 @@ constexpr std::chrono::milliseconds kPause{20};
 constexpr const char* kElementKey = "element-6066-11e4-a52e-4f735466cecf";
 constexpr const char* kPolicies = "/etc/chromium";
 
+/// Binds the directory $1 over $2 and runs the driver. It takes a free port of one address family
+/// and then the same of the other, which may be taken; so it gets several tries.
+constexpr const char* kBindAndDrive = R"(mount --bind "$1" "$2" || exit 1
+for attempt in 1 2 3 4 5; do chromedriver --port=0 && exit 0; done
+exit 1)";
+
 struct JsonRelease {
   void operator()(json_t* value) const { json_decref(value); }
 };
@@ -51,9 +57,7 @@ std::vector<std::string> driverCommand(const std::string& policies) {
   if (::geteuid() != 0) {
     command.insert(command.end(), {"--user", "--map-root-user"});
   }
-  command.insert(command.end(),
-                 {"sh", "-c", R"(mount --bind "$1" "$2" && exec chromedriver --port=0)", "sh",
-                  policies, kPolicies});
+  command.insert(command.end(), {"sh", "-c", kBindAndDrive, "sh", policies, kPolicies});
   return command;
 }
 
