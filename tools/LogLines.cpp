@@ -2,10 +2,11 @@
 
 #include <jansson.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <memory>
-#include <regex>
+#include <string_view>
 
 #include "platform/Date.h"
 #include "tools/Text.h"
@@ -40,6 +41,37 @@ std::string timeText(const std::string& microseconds) {
   return DateFormatter("yyyy-MM-dd HH:mm:ss.SSS").stringFromDate(date);
 }
 
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+std::string_view take(std::string_view& text, std::size_t length) {
+  const std::string_view taken = text.substr(0, length);
+  text.remove_prefix(taken.size());
+  return taken;
+}
+
+/// Takes `expected` from the front of `text`; false when something else stands there.
+bool skip(std::string_view& text, std::string_view expected) {
+  return text.starts_with(expected) && !take(text, expected.size()).empty();
+}
+
+std::string_view takeDigits(std::string_view& text) {
+  const auto end = std::find_if_not(text.begin(), text.end(), isDigit);
+  return take(text, static_cast<std::size_t>(end - text.begin()));
+}
+
+/// Takes the time from the front of `text`; nothing when none stands there. A regular expression
+/// would do for the whole line, but the library's matches a long one by recursion.
+std::string_view takeTime(std::string_view& text) {
+  constexpr std::string_view kForm = "dddd-dd-dd dd:dd:dd.ddd";
+  const bool isTime = text.size() >= kForm.size() &&
+                      std::equal(kForm.begin(), kForm.end(), text.begin(), [](char form, char c) {
+                        return form == 'd' ? isDigit(c) : form == c;
+                      });
+  return isTime ? take(text, kForm.size()) : std::string_view();
+}
+
 }  // namespace
 
 std::optional<LogLine> fromJournal(const std::string& line) {
@@ -52,18 +84,24 @@ std::optional<LogLine> fromJournal(const std::string& line) {
 }
 
 LogLine fromLogFile(const std::string& line) {
-  static const std::regex kRecord(R"(^\[(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3})\] ([^]*)$)");
-  std::smatch match;
-  return std::regex_match(line, match, kRecord) ? LogLine{match[1], "", match[2]}
-                                                : LogLine{"", "", line};
+  std::string_view rest = line;
+  if (skip(rest, "[")) {
+    const std::string_view time = takeTime(rest);
+    if (!time.empty() && skip(rest, "] ")) {
+      return {std::string(time), "", std::string(rest)};
+    }
+  }
+  return {"", "", line};
 }
 
 std::optional<LogLine> fromStandardError(const std::string& line) {
-  static const std::regex kRecord(
-      R"(^(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3}) vendril\[(\d+)\] ([^]*)$)");
-  std::smatch match;
-  if (std::regex_match(line, match, kRecord)) {
-    return LogLine{match[1], match[2], match[3]};
+  std::string_view rest = line;
+  const std::string_view time = takeTime(rest);
+  if (!time.empty() && skip(rest, " vendril[")) {
+    const std::string_view process = takeDigits(rest);
+    if (!process.empty() && skip(rest, "] ")) {
+      return LogLine{std::string(time), std::string(process), std::string(rest)};
+    }
   }
   return line.starts_with('\t') ? std::optional(LogLine{"", "", line.substr(1)}) : std::nullopt;
 }

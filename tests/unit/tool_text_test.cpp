@@ -126,6 +126,20 @@ TEST(ToolText, StandardErrorIsReadForTheAgentsLinesAlone) {
   EXPECT_EQ(line->message, "a message");
   EXPECT_FALSE(fromStandardError("2026-01-02 03:04:05.678 other[7] a message"));
   EXPECT_FALSE(fromStandardError("vendril[7] a message"));
+  EXPECT_FALSE(fromStandardError("2026-01-02 03:04:05.678 vendril[] a message"));
+  EXPECT_FALSE(fromStandardError("2026-01-02 03:04:05.678"));
+  EXPECT_EQ(fromStandardError("\tlater line")->message, "later line");
+}
+
+TEST(ToolText, LineMayBeAsLongAsTheAnswersThatAreLogged) {
+  const std::string body(1024 * 1024, 'x');
+  const LogLine inFile = fromLogFile("[2026-01-02 03:04:05.678] " + body);
+  EXPECT_EQ(inFile.time, "2026-01-02 03:04:05.678");
+  EXPECT_TRUE(inFile.message == body) << inFile.message.size() << " bytes";
+  const auto line = fromStandardError("2026-01-02 03:04:05.678 vendril[7] " + body);
+  ASSERT_TRUE(line);
+  EXPECT_EQ(line->process, "7");
+  EXPECT_TRUE(line->message == body) << line->message.size() << " bytes";
 }
 
 }  // namespace
