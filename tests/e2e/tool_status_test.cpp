@@ -36,10 +36,35 @@ class ToolStatus : public ToolFixture {
         InstalledAgent::run({"update-desktop-database", agent.home().data() / "applications"}), 0);
   }
 
+  /// An installation of the test's own that is nothing but the two programs.
+  static void installInto(const std::filesystem::path& prefix) {
+    std::filesystem::create_directories(prefix / "bin");
+    std::filesystem::copy_file(InstalledAgent::program(), prefix / "bin/vendril");
+    std::filesystem::copy_file(program(), prefix / "bin/vendrilctl");
+  }
+
+  /// What that installation's `status` says would mend the finding.
+  static std::string remedyOf(const std::string& tool, const std::string& name) {
+    const Object answer = parseJsonObject(runProgram({tool, "status", "--json"}).out);
+    for (const PropertyList& element : *answer.at("checks").get<PropertyList::Array>()) {
+      const Object& object = *element.get<Object>();
+      if (textAt(object, "check") == name) {
+        return textAt(object, "remedy");
+      }
+    }
+    return "";
+  }
+
+  static std::string serviceText(const std::string& program) {
+    return std::string("[D-BUS Service]\nName=com.brelto.vendril\nExec=") + program + "\n";
+  }
+
   /// The environment of a session that does not look into the installation's prefix.
   ChildProcess::Environment withoutPrefix() const {
     return {{"XDG_DATA_DIRS", agent.home().systemData().string() + ":/usr/share"}};
   }
+
+  const std::filesystem::path service = agent.home().data() / "dbus-1/services" / kService;
 };
 
 TEST_F(ToolStatus, HealthyInstallationWithARunningAgentHasNothingToMend) {
@@ -141,7 +166,6 @@ TEST_F(ToolStatus, NoBusServiceFileIsFoundAndOneIsProvided) {
 }
 
 TEST_F(ToolStatus, BusServiceThatTheBusHasNotReadIsFound) {
-  const auto service = agent.home().data() / "dbus-1/services" / kService;
   std::filesystem::remove(service);
   agent.bus().signal(SIGHUP);
   ASSERT_TRUE(runMainLoopUntil([this] {
@@ -163,11 +187,69 @@ TEST_F(ToolStatus, BusServiceOfAnotherProgramIsReplaced) {
 }
 
 TEST_F(ToolStatus, MalformedBusServiceIsFound) {
-  const auto service = agent.home().data() / "dbus-1/services" / kService;
+  const std::map<std::string, std::string> faults{
+      {"malformed", "this is no service\n"},
+      {"wrong-name", "[D-BUS Service]\nName=com.example.other\nExec=/bin/true\n"}};
+  for (const auto& [verdict, text] : faults) {
+    writeFile(service, text);
+    expectFinding("bus-service", verdict, "error");
+    mend("bus-service");
+    expectFinding("bus-service", "known", "ok");
+    std::filesystem::remove(service);
+  }
+}
+
+TEST_F(ToolStatus, UnitThatSystemdDoesNotLookForIsDoneWithout) {
+  const std::string own = InstalledAgent::prefix() + "/share/dbus-1/services/" + kService;
+  const std::string before = readFile(own);
+  const ChildProcess::Environment elsewhere = withoutPrefix();
+  writeFile(agent.home().runtime() / "systemd/private", "");
+  std::filesystem::remove(service);
+  std::filesystem::create_symlink(own, service);
+  expectFinding("bus-service", "unit-missing", "error", elsewhere);
+  mend("bus-service", elsewhere);
+  expectFinding("bus-service", "known", "ok", elsewhere);
   writeFile(service, "this is no service\n");
-  expectFinding("bus-service", "malformed", "error");
-  writeFile(service, "[D-BUS Service]\nName=com.example.other\nExec=/bin/true\n");
-  expectFinding("bus-service", "wrong-name", "error");
+  mend("bus-service", elsewhere);
+  expectFinding("bus-service", "known", "ok", elsewhere);
+  EXPECT_EQ(readFile(own), before) << "the link was written through";
+}
+
+TEST_F(ToolStatus, BusServiceIsWrittenInPlaceOfALinkThatLeadsNowhere) {
+  const auto other = agent.home().root() / "other";
+  installInto(other);
+  std::filesystem::remove(service);
+  std::filesystem::create_symlink("/nonexistent/directory/file", service);
+  const std::string tool = other / "bin/vendrilctl";
+  const std::string remedy = remedyOf(tool, "bus-service");
+  const ProgramRun shell = runProgram({"bash", "-c", remedy});
+  EXPECT_EQ(shell.status, 0) << remedy << "\n" << shell.err;
+  EXPECT_EQ(readFile(service), serviceText(other / "bin/vendril"));
+}
+
+TEST_F(ToolStatus, DamagedBusServiceOfTheInstallationItselfIsInstalledAgain) {
+  for (const auto& prefix : {agent.home().root() / "other", agent.home().home() / ".local"}) {
+    const std::string reinstall = "cmake --install build/release --prefix " + prefix.string();
+    const std::string tool = prefix / "bin/vendrilctl";
+    installInto(prefix);
+    writeFile(prefix / "share/dbus-1/services" / kService, "this is no service\n");
+    EXPECT_EQ(remedyOf(tool, "bus-service"), reinstall) << prefix;
+  }
+}
+
+TEST_F(ToolStatus, BusServiceOfAProgramWithAnOddPathIsQuotedAsTheBusReadsIt) {
+  const auto other = agent.home().root() / "it's a \\ 100% $HOME";
+  installInto(other);
+  const std::string tool = other / "bin/vendrilctl";
+  const ProgramRun shell = runProgram({"bash", "-c", remedyOf(tool, "bus-service")});
+  EXPECT_EQ(shell.status, 0) << shell.err;
+  EXPECT_THAT(runProgram({tool, "status"}).out, HasSubstr("ok bus-service known: "));
+  const ProgramRun started =
+      runProgram({"gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path",
+                  "/org/freedesktop/DBus", "--method", "org.freedesktop.DBus.StartServiceByName",
+                  "com.brelto.vendril", "0"});
+  EXPECT_EQ(started.status, 0) << started.err << readFile(service);
+  EXPECT_THAT(runProgram({tool, "status"}).out, HasSubstr("ok agent running: "));
 }
 
 TEST_F(ToolStatus, UnitThatSystemdCannotStartIsFoundWhereThereIsASystemd) {

@@ -92,6 +92,9 @@ class BusServiceChecks : public ::testing::Test {
                                              "x.service", "/usr/bin/vendril"};
     facts.isKnown = true;
     facts.ownPath = "/usr/share/dbus-1/services/com.brelto.vendril.service";
+    facts.own = facts.service;
+    facts.own->path = facts.ownPath;
+    facts.reinstallCommand = "install again";
     facts.usersDirectory = "/home/a b/services";
   }
 
@@ -118,10 +121,33 @@ TEST_F(BusServiceChecks, MissingServiceIsLinkedOrWritten) {
               HasSubstr("mkdir -p '/home/a b/services' && ln -sf "
                         "/usr/share/dbus-1/services/com.brelto.vendril.service "
                         "'/home/a b/services/com.brelto.vendril.service' && gdbus "));
-  facts.isOwnThere = false;
+  facts.own.reset();
   EXPECT_THAT(*busServiceCheck(facts).remedy,
-              HasSubstr("printf '[D-BUS Service]\\nName=%s\\nExec=%s\\n' com.brelto.vendril "
+              HasSubstr("rm -f '/home/a b/services/com.brelto.vendril.service' && "
+                        "printf '[D-BUS Service]\\nName=%s\\nExec=%s\\n' com.brelto.vendril "
                         "/usr/bin/vendril > '/home/a b/services/com.brelto.vendril.service'"));
+}
+
+TEST_F(BusServiceChecks, OwnServiceIsNotLinkedWhereItIsFaultyOrItsUnitIsMissing) {
+  facts.service->name.reset();
+  facts.ownUnit = BusServiceFacts::Unit::missing;
+  EXPECT_THAT(*busServiceCheck(facts).remedy, HasSubstr("printf "));
+  facts.own->program = "/opt/other/vendril";
+  expectCheck(busServiceCheck(facts), "malformed", Level::error, "install again");
+}
+
+TEST_F(BusServiceChecks, FaultyServiceOfTheInstallationItselfIsInstalledAgain) {
+  facts.service->path = facts.ownPath;
+  facts.service->name.reset();
+  facts.own.reset();
+  expectCheck(busServiceCheck(facts), "malformed", Level::error, "install again");
+}
+
+TEST_F(BusServiceChecks, MissingUnitIsInstalledAgainBesideItsServiceAndElseDoneWithout) {
+  facts.unit = BusServiceFacts::Unit::missing;
+  EXPECT_THAT(*busServiceCheck(facts).remedy, HasSubstr("printf "));
+  facts.service->path = facts.ownPath;
+  expectCheck(busServiceCheck(facts), "unit-missing", Level::error, "install again");
 }
 
 TEST_F(BusServiceChecks, UnitIsLookedAtLast) {

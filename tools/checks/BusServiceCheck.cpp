@@ -63,6 +63,15 @@ std::optional<std::string> valueOf(GKeyFile* file, const char* key) {
   return value ? std::optional<std::string>(value.get()) : std::nullopt;
 }
 
+/// `exec` for a reader of desktop entries: the bus takes a percent sign as it stands.
+std::string withPercentSignsDoubled(const std::string& exec) {
+  std::string text;
+  for (const char c : exec) {
+    text.append(c == '%' ? 2 : 1, c);
+  }
+  return text;
+}
+
 BusServiceFacts::Service readService(const std::string& path) {
   constexpr std::size_t kLargest = 65536;
   BusServiceFacts::Service service;
@@ -76,7 +85,7 @@ BusServiceFacts::Service readService(const std::string& path) {
   service.name = valueOf(file.get(), "Name");
   service.exec = valueOf(file.get(), "Exec");
   service.unit = valueOf(file.get(), "SystemdService");
-  const ExecProgram program = programOfExec(service.exec.value_or(""));
+  const ExecProgram program = programOfExec(withPercentSignsDoubled(service.exec.value_or("")));
   service.program = program.program ? findExecutable(*program.program) : std::nullopt;
   return service;
 }
@@ -102,43 +111,83 @@ std::string reloadCommand() {
          "--method org.freedesktop.DBus.ReloadConfig";
 }
 
+/// What is wrong with a service, in a word and in a sentence.
+struct Fault {
+  const char* verdict;
+  std::string summary;
+};
+
+/// What is wrong with the file; nothing when it is in order.
+std::optional<Fault> faultOf(const BusServiceFacts& facts,
+                             const BusServiceFacts::Service& service) {
+  if (!service.name || !service.exec) {
+    return Fault{"malformed", service.path + " is no service of the bus"};
+  }
+  if (*service.name != facts.id) {
+    return Fault{"wrong-name", service.path + " is about " + *service.name};
+  }
+  if (!service.program) {
+    return Fault{"program-missing",
+                 service.path + " starts '" + *service.exec + "', which is not there"};
+  }
+  if (!isSameFile(*service.program, facts.program)) {
+    return Fault{"other-program",
+                 service.path + " starts " + *service.program + ", another installation"};
+  }
+  return std::nullopt;
+}
+
+/// The value of an `Exec` key that makes the bus start `program`. The bus splits it as a shell
+/// does, but knows neither field codes nor the shell's escapes of control characters.
+std::string execOf(const std::string& program) {
+  const GCharPtr quoted(g_shell_quote(program.c_str()));
+  const bool isBare = shellWord(program) == program;
+  const GKeyFilePtr file(g_key_file_new());
+  g_key_file_set_string(file.get(), kGroup, "Exec", isBare ? program.c_str() : quoted.get());
+  return GCharPtr(g_key_file_get_value(file.get(), kGroup, "Exec", nullptr)).get();
+}
+
+/// The command that does `change` to the user's services and makes the bus read them.
+std::string changing(const BusServiceFacts& facts, const std::string& change) {
+  return fmt::format("mkdir -p {} && {} && {}", shellWord(facts.usersDirectory), change,
+                     reloadCommand());
+}
+
+std::string usersFile(const BusServiceFacts& facts) {
+  return shellWord(facts.usersDirectory + "/" + facts.id + ".service");
+}
+
+/// The command that writes the user a service that needs no systemd. What is there goes first: to
+/// write through a link would change the file that it leads to, or fail.
+std::string writing(const BusServiceFacts& facts) {
+  return changing(
+      facts,
+      fmt::format(R"(rm -f {0} && printf '[D-BUS Service]\nName=%s\nExec=%s\n' {1} {2} > {0})",
+                  usersFile(facts), facts.id, shellWord(execOf(facts.program))));
+}
+
 /// The command that gives the user a service that works, and makes the bus read it.
 std::string provision(const BusServiceFacts& facts) {
-  const std::string directory = shellWord(facts.usersDirectory);
-  const std::string file = shellWord(facts.usersDirectory + "/" + facts.id + ".service");
-  if (facts.isOwnThere) {
-    return fmt::format("mkdir -p {} && ln -sf {} {} && {}", directory, shellWord(facts.ownPath),
-                       file, reloadCommand());
+  const bool isOwn = facts.service && isSameFile(facts.service->path, facts.ownPath);
+  if (isOwn || (facts.own && faultOf(facts, *facts.own))) {
+    return facts.reinstallCommand;
   }
-  return fmt::format(
-      R"(mkdir -p {} && printf '[D-BUS Service]\nName=%s\nExec=%s\n' {} {} > {} && {})", directory,
-      facts.id, shellWord(facts.program), file, reloadCommand());
+  if (!facts.own || facts.ownUnit == BusServiceFacts::Unit::missing) {
+    return writing(facts);
+  }
+  return changing(facts, fmt::format("ln -sf {} {}", shellWord(facts.ownPath), usersFile(facts)));
+}
+
+/// The command for a service whose unit systemd does not find. Where the installation's own file
+/// counts in its own place, systemd looks for the units beside it too.
+std::string provisionWithoutUnit(const BusServiceFacts& facts) {
+  const bool isInOwnPlace = isSameFile(fs::path(facts.service->path).parent_path(),
+                                       fs::path(facts.ownPath).parent_path());
+  return isInOwnPlace ? facts.reinstallCommand : writing(facts);
 }
 
 Check finding(const char* verdict, std::string summary, std::string remedy) {
   return {"bus-service", verdict, Level::error, std::move(summary), std::move(remedy), {}};
-}
-
-/// What is wrong with the file; nothing when it is in order.
-std::optional<Check> faultOf(const BusServiceFacts& facts,
-                             const BusServiceFacts::Service& service) {
-  if (!service.name || !service.exec) {
-    return finding("malformed", service.path + " is no service of the bus", provision(facts));
-  }
-  if (*service.name != facts.id) {
-    return finding("wrong-name", service.path + " is about " + *service.name, provision(facts));
-  }
-  if (!service.program) {
-    return finding("program-missing",
-                   service.path + " starts '" + *service.exec + "', which is not there",
-                   provision(facts));
-  }
-  if (!isSameFile(*service.program, facts.program)) {
-    return finding("other-program",
-                   service.path + " starts " + *service.program + ", another installation",
-                   provision(facts));
-  }
-  return std::nullopt;
 }
 
 std::optional<Check> faultOfUnit(const BusServiceFacts& facts) {
@@ -146,7 +195,7 @@ std::optional<Check> faultOfUnit(const BusServiceFacts& facts) {
   if (facts.unit == BusServiceFacts::Unit::missing) {
     return finding("unit-missing",
                    "systemd does not find " + unit + ", through which the bus starts the agent",
-                   provision(facts));
+                   provisionWithoutUnit(facts));
   }
   if (facts.unit == BusServiceFacts::Unit::masked) {
     return finding("unit-masked", unit + " is masked, so systemd does not start the agent",
@@ -165,8 +214,8 @@ Check judge(const BusServiceFacts& facts) {
                              "desktop sends over the bus is lost unless the agent is running",
                              provision(facts));
   }
-  if (auto fault = faultOf(facts, *facts.service)) {
-    return *fault;
+  if (const auto fault = faultOf(facts, *facts.service)) {
+    return finding(fault->verdict, fault->summary, provision(facts));
   }
   if (!isKnown) {
     return finding("not-loaded", "the bus does not know " + facts.service->path + " yet",
@@ -186,7 +235,11 @@ BusServiceFacts busServiceFacts(const Surroundings& surroundings, const Bus& bus
   facts.id = surroundings.id;
   facts.program = surroundings.program;
   facts.ownPath = surroundings.prefix() + "/share" + kServices + name;
-  facts.isOwnThere = fileKindAt(facts.ownPath) == FileKind::other;
+  if (fileKindAt(facts.ownPath) == FileKind::other) {
+    facts.own = readService(facts.ownPath);
+    facts.ownUnit = unitOf(*facts.own, surroundings.paths);
+  }
+  facts.reinstallCommand = surroundings.reinstallCommand();
   facts.usersDirectory = surroundings.paths.dataHome + "/dbus-1/services";
   const auto path = firstFile(directoriesOfServices(surroundings.paths), kServices, name);
   if (path) {

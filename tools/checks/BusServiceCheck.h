@@ -32,9 +32,13 @@ struct BusServiceFacts {
   std::optional<bool> isKnown;
   /// Whether systemd finds the unit that the service names.
   Unit unit = Unit::notNeeded;
-  /// The file of the installation itself, and whether it is there.
+  /// Where the file of the installation itself has its place; the file, when it is there, and the
+  /// unit that it names.
   std::string ownPath;
-  bool isOwnThere = true;
+  std::optional<Service> own;
+  Unit ownUnit = Unit::notNeeded;
+  /// The command that puts the installation's files back.
+  std::string reinstallCommand;
   /// Where the user's own services lie.
   std::string usersDirectory;
 };
