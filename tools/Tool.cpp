@@ -36,10 +36,6 @@ std::string rightsFor(const std::string& directory) {
   return access(directory.c_str(), W_OK) == 0 ? "" : "sudo ";
 }
 
-std::string removalOf(const std::string& path) {
-  return rightsFor(fs::path(path).parent_path()) + "rm " + shellWord(path);
-}
-
 std::string commandOfThisTool() {
   std::error_code ignored;
   const fs::path own = fs::read_symlink("/proc/self/exe", ignored);

@@ -44,9 +44,6 @@ bool isSameFile(const std::string& one, const std::string& other);
 /// What has to stand before a command that changes `directory`: "sudo ", or nothing.
 std::string rightsFor(const std::string& directory);
 
-/// The command that takes the file at `path` away.
-std::string removalOf(const std::string& path);
-
 /// How a shell calls the running tool: by its name when that is what PATH finds, else by its path.
 std::string commandOfThisTool();
 

@@ -277,7 +277,7 @@ TEST_F(ToolStatus, PrefixThatTheDesktopDoesNotLookIntoIsFoundAndItsEntryLinked) 
   expectFinding("handler-vendril", "default", "ok", elsewhere);
 }
 
-TEST_F(ToolStatus, UsersEntryThatStandsBeforeTheInstalledOneIsFoundAndRemoved) {
+TEST_F(ToolStatus, UsersEntryThatStandsBeforeTheInstalledOneIsFoundAndMovedAway) {
   const auto entry = agent.home().data() / "applications" / kEntry;
   const std::string head = "[Desktop Entry]\nType=Application\nName=Vendril\n";
   const std::string other = files.program("other/vendril");
@@ -292,9 +292,25 @@ TEST_F(ToolStatus, UsersEntryThatStandsBeforeTheInstalledOneIsFoundAndRemoved) {
     expectFinding("desktop-entry", verdict, "error");
     mend("desktop-entry");
     expectFinding("desktop-entry", "valid", "ok");
+    EXPECT_EQ(readFile(entry.string() + ".bad"), text) << verdict;
   }
+  EXPECT_EQ(readFile(entry.string() + ".bad.~1~"), faults.at("hidden"));
   writeFile(entry, head + "Exec=" + other + " %u\n");
   expectFinding("desktop-entry", "other-program", "warning");
+}
+
+TEST_F(ToolStatus, EntryOfAnotherInstallationStaysAndTheOwnOneIsPutBeforeIt) {
+  const std::string other = files.program("other/vendril");
+  const auto entry = files.systemApplication("com.brelto.vendril");
+  const std::string text = desktopEntryText("Vendril", other + " %u");
+  writeFile(entry, text);
+  const ChildProcess::Environment otherFirst{
+      {"XDG_DATA_DIRS",
+       agent.home().systemData().string() + ":" + InstalledAgent::prefix() + "/share:/usr/share"}};
+  expectFinding("desktop-entry", "other-program", "warning", otherFirst);
+  mend("desktop-entry", otherFirst);
+  expectFinding("desktop-entry", "valid", "ok", otherFirst);
+  EXPECT_EQ(readFile(entry), text);
 }
 
 TEST_F(ToolStatus, CacheThatDoesNotNameTheEntryIsRenewed) {

@@ -162,18 +162,25 @@ TEST_F(BusServiceChecks, UnitIsLookedAtLast) {
   EXPECT_EQ(busServiceCheck(facts).verdict, "malformed");
 }
 
-TEST(ToolChecks, EntryOfTheInstallationItselfIsInstalledAgainAndAUsersOneRemoved) {
+TEST(ToolChecks, EntryOfTheInstallationItselfIsInstalledAgainAndNoOtherOneIsRemoved) {
   DesktopEntryFacts facts;
   facts.ownPath = "/usr/share/applications/com.brelto.vendril.desktop";
+  facts.usersDirectory = "/home/a b/applications";
   facts.reinstallCommand = "install again";
   DesktopEntryFacts::Entry entry;
   entry.path = facts.ownPath;
   entry.parses = false;
   facts.entry = entry;
   expectCheck(desktopEntryCheck(facts), "malformed", Level::error, "install again");
-  facts.entry->path = "/tmp/com.brelto.vendril.desktop";
+  facts.entry->path = "/home/a b/applications/x.desktop";
   expectCheck(desktopEntryCheck(facts), "malformed", Level::error,
-              "rm /tmp/com.brelto.vendril.desktop");
+              "mv --backup=numbered '/home/a b/applications/x.desktop' '/home/a "
+              "b/applications/x.desktop.bad'");
+  facts.entry->path = "/usr/local/share/applications/com.brelto.vendril.desktop";
+  expectCheck(desktopEntryCheck(facts), "malformed", Level::error,
+              "mkdir -p '/home/a b/applications' && "
+              "ln -sf /usr/share/applications/com.brelto.vendril.desktop "
+              "'/home/a b/applications'/ && update-desktop-database '/home/a b/applications'");
   facts.entry.reset();
   facts.isOwnThere = false;
   expectCheck(desktopEntryCheck(facts), "missing", Level::error, "install again");

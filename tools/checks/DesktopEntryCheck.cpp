@@ -51,25 +51,35 @@ Check finding(const char* verdict, std::string summary, std::string remedy) {
   return {"desktop-entry", verdict, Level::error, std::move(summary), std::move(remedy), {}};
 }
 
+/// The command that puts the installation's own entry before all others.
+std::string linking(const DesktopEntryFacts& facts) {
+  return fmt::format("mkdir -p {0} && ln -sf {1} {0}/ && update-desktop-database {0}",
+                     shellWord(facts.usersDirectory), shellWord(facts.ownPath));
+}
+
 Check missing(const DesktopEntryFacts& facts) {
   if (!facts.isOwnThere) {
     return finding("missing",
                    "no data directory has the entry " + fs::path(facts.ownPath).filename().string(),
                    facts.reinstallCommand);
   }
-  const std::string directory = shellWord(facts.usersDirectory);
   return finding("invisible",
                  fs::path(facts.ownPath).parent_path().parent_path().string() +
                      " is not in XDG_DATA_DIRS, so the desktop does not see " + facts.ownPath,
-                 fmt::format("mkdir -p {0} && ln -sf {1} {0}/ && update-desktop-database {0}",
-                             directory, shellWord(facts.ownPath)));
+                 linking(facts));
 }
 
-/// The command that removes a file which stands in the way of the installation's own entry, or the
-/// one that writes that entry anew.
+/// The command that lets the installation's own entry count, or writes that entry anew. What stands
+/// in its way is kept: a user's file may be of use yet, and any other is not the agent's to remove.
 std::string replacing(const DesktopEntryFacts& facts) {
   const std::string& path = facts.entry->path;
-  return path == facts.ownPath ? facts.reinstallCommand : removalOf(path);
+  if (isSameFile(path, facts.ownPath)) {
+    return facts.reinstallCommand;
+  }
+  if (isSameFile(fs::path(path).parent_path(), facts.usersDirectory)) {
+    return fmt::format("mv --backup=numbered {} {}", shellWord(path), shellWord(path + ".bad"));
+  }
+  return facts.isOwnThere ? linking(facts) : facts.reinstallCommand;
 }
 
 Check judge(const DesktopEntryFacts& facts, const DesktopEntryFacts::Entry& entry) {
