@@ -43,11 +43,15 @@ wait_until() {
   done
 }
 
-# Installs the release build into the directory $1.
+# Installs the release build into the directory $1. The manifest of an installation that somebody
+# has made by hand, and removes by it, stays as it was.
 install_release() {
+  local manifest=build/release/install_manifest.txt before
   build_preset release
   heading "Installing into $1"
+  before=$(cat "$manifest" 2>/dev/null || true)
   cmake --install build/release --prefix "$1" >/dev/null
+  printf '%s' "$before" >"$manifest"
 }
 
 # Makes the directory $1 the home of all that is started from here on, with the desktop's files of

@@ -9,6 +9,7 @@
 #include "platform/AsciiCase.h"
 #include "platform/LaunchServices.h"
 #include "platform/freedesktop/BusHandover.h"
+#include "platform/freedesktop/HttpOrigin.h"
 #include "protocol/ZQN5ProtocolHandler.h"
 #include "tools/Bus.h"
 #include "tools/Commands.h"
@@ -72,12 +73,8 @@ std::optional<std::string> faultOfAddress(const std::optional<Url>& address) {
   if (!address) {
     return "the portal's address is no URL, so the request would fail";
   }
-  for (const char* scheme : {"http", "https", "file"}) {
-    if (hasScheme(address->absoluteString(), scheme)) {
-      return std::nullopt;
-    }
-  }
-  return "the portal's address is neither http nor https, so the request would fail";
+  const std::optional<std::string> refusal = refusalOf(*address);
+  return refusal ? std::optional("the request would fail: " + *refusal) : std::nullopt;
 }
 
 Reading unsent(Reading reading, const char* verdict, std::string sentence) {

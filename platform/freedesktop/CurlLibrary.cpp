@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <exception>
 #include <stdexcept>
 
 namespace vendril {
@@ -58,7 +59,7 @@ std::string loadCurl() {
   try {
     curl();
     return {};
-  } catch (const std::runtime_error& error) {
+  } catch (const std::exception& error) {
     return error.what();
   }
 }

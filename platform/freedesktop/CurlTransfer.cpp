@@ -32,6 +32,17 @@ bool isStatusLine(std::string_view line) {
          line.find_first_of(" \r\n", kPattern.size()) == kPattern.size();
 }
 
+/// What libcurl says of a portal that closes a new connection without an answer.
+constexpr const char* kNoAnswer = "Empty reply from server";
+
+constexpr const char* kBodyTooLarge = "The response body is too large";
+
+/// A portal may close a connection that has been idle at any time, and a request on it would fail
+/// then. The shortest time that servers in wide use leave to an idle connection is 5 s.
+constexpr long kMaxIdleSeconds = 3;
+
+}  // namespace
+
 /// Sets options of a handle until one fails, whose result it keeps.
 class CurlOptions {
  public:
@@ -52,6 +63,8 @@ class CurlOptions {
   CURLcode result_ = CURLE_OK;
 };
 
+namespace {
+
 /// What holds for every transfer, and may not be loosened.
 void setPolicy(CurlOptions& options) {
   options.set(CURLOPT_PROTOCOLS_STR, kAllowedProtocols);
@@ -65,22 +78,10 @@ void setPolicy(CurlOptions& options) {
   // One request on each socket: the bound on sockets is then a bound on requests, and a portal that
   // stalls holds up no other request.
   options.set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+  options.set(CURLOPT_MAXAGE_CONN, kMaxIdleSeconds);
   options.set(CURLOPT_NOSIGNAL, 1L);
   // A transfer that ends while its host name is looked up does not wait for the lookup.
   options.set(CURLOPT_QUICK_EXIT, 1L);
-}
-
-void setMethodAndBody(CurlOptions& options, const UrlRequest& request) {
-  if (request.httpBody) {
-    options.set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.httpBody->size()));
-    options.set(CURLOPT_COPYPOSTFIELDS, request.httpBody->data());
-  } else if (request.httpMethod == "POST") {
-    options.set(CURLOPT_POSTFIELDS, "");
-  }
-  if (request.httpMethod == "HEAD") {
-    options.set(CURLOPT_NOBODY, 1L);
-  }
-  options.set(CURLOPT_CUSTOMREQUEST, request.httpMethod.c_str());
 }
 
 }  // namespace
@@ -98,7 +99,7 @@ CURLcode CurlTransfer::prepare(CURL* easy, const CurlLimits& limits) {
   headerSizeLeft_ = limits.maxHeaderSize;
   CurlOptions options(easy);
   setPolicy(options);
-  setMethodAndBody(options, request_);
+  setMethodAndBody(options);
   options.set(CURLOPT_URL, request_.url->absoluteString().c_str());
   options.set(CURLOPT_HTTPHEADER, headers_.get());
   options.set(CURLOPT_TIMEOUT_MS, timeoutInMilliseconds(limits));
@@ -129,14 +130,39 @@ void CurlTransfer::finish(CURL* easy, CURLcode result) {
   }
 }
 
+// libcurl would send a request once more when a connection that it has kept ends before the answer.
+// It cannot do so with a body that it takes piece by piece.
+void CurlTransfer::setMethodAndBody(CurlOptions& options) {
+  if (request_.httpBody) {
+    unsent_ = *request_.httpBody;
+    options.set(CURLOPT_POST, 1L);
+    options.set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(unsent_.size()));
+    options.set(CURLOPT_READFUNCTION, &CurlTransfer::sendBody);
+    options.set(CURLOPT_READDATA, static_cast<void*>(this));
+  } else if (request_.httpMethod == "POST") {
+    options.set(CURLOPT_POSTFIELDS, "");
+  }
+  if (request_.httpMethod == "HEAD") {
+    options.set(CURLOPT_NOBODY, 1L);
+  }
+  options.set(CURLOPT_CUSTOMREQUEST, request_.httpMethod.c_str());
+}
+
+std::size_t CurlTransfer::sendBody(char* room, std::size_t size, std::size_t count,
+                                   void* transfer) noexcept {
+  std::string_view& unsent = static_cast<CurlTransfer*>(transfer)->unsent_;
+  const std::size_t length = unsent.copy(room, size * count);
+  unsent.remove_prefix(length);
+  return length;
+}
+
 std::size_t CurlTransfer::receiveBody(char* data, std::size_t size, std::size_t count,
                                       void* transfer) noexcept {
   auto& self = *static_cast<CurlTransfer*>(transfer);
   const std::size_t length = size * count;
   try {
     if (length > self.maxBodySize_ - self.body_.size()) {
-      self.refusal_ =
-          "The response body is larger than " + std::to_string(self.maxBodySize_) + " bytes";
+      self.refusal_ = kBodyTooLarge;
       return CURL_WRITEFUNC_ERROR;
     }
     self.body_.append(data, length);
@@ -195,8 +221,14 @@ long CurlTransfer::timeoutInMilliseconds(const CurlLimits& limits) const {
 }
 
 std::string CurlTransfer::failureDescription(CURLcode result) const {
-  if (!refusal_.empty()) {
+  if (refusal_ == kBodyTooLarge) {
+    return "The response body is larger than " + std::to_string(maxBodySize_) + " bytes";
+  }
+  if (refusal_ != nullptr) {
     return refusal_;
+  }
+  if (result == CURLE_SEND_FAIL_REWIND) {
+    return kNoAnswer;
   }
   const std::string_view details(errorBuffer_.data());
   return details.empty() ? curl().easy_strerror(result) : std::string(details);

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/UrlConnection.h"
 #include "platform/freedesktop/CurlHandles.h"
@@ -14,8 +15,11 @@
 
 namespace vendril {
 
-/// One HTTP request, from its arrival to its end. It reports its end exactly once; destroyed before
-/// it ended, it reports that it was cancelled. Belongs to one thread at a time.
+class CurlOptions;
+
+/// One HTTP request, from its arrival to its end. Its body is sent once at most. It reports its end
+/// exactly once; destroyed before it ended, it reports that it was cancelled. Belongs to one thread
+/// at a time.
 class CurlTransfer {
  public:
   /// `request` has a URL, and `origin` is that URL's.
@@ -41,10 +45,13 @@ class CurlTransfer {
   void fail(std::string description) { completion_.fail(std::move(description)); }
 
  private:
+  static std::size_t sendBody(char* room, std::size_t size, std::size_t count,
+                              void* transfer) noexcept;
   static std::size_t receiveBody(char* data, std::size_t size, std::size_t count,
                                  void* transfer) noexcept;
   static std::size_t receiveHeader(char* data, std::size_t size, std::size_t count,
                                    void* transfer) noexcept;
+  void setMethodAndBody(CurlOptions& options);
   bool makeHeaderList();
   long timeoutInMilliseconds(const CurlLimits& limits) const;
   std::string failureDescription(CURLcode result) const;
@@ -55,11 +62,13 @@ class CurlTransfer {
   std::optional<std::string> proxy_;
   CurlListPtr headers_;
   std::array<char, CURL_ERROR_SIZE> errorBuffer_{};
+  /// What libcurl has not taken yet of the body to send.
+  std::string_view unsent_;
   std::size_t maxBodySize_ = 0;
   std::size_t headerSizeLeft_ = 0;
   std::string body_;
-  /// Why this side broke the transfer off; empty when it did not.
-  std::string refusal_;
+  /// Why this side broke the transfer off; null when it did not.
+  const char* refusal_ = nullptr;
 };
 
 }  // namespace vendril

@@ -14,18 +14,7 @@
 namespace vendril {
 namespace {
 
-constexpr const char* kUnsupportedUrl = "Unsupported URL";
 constexpr const char* kSetUpFailed = "The network could not be set up";
-
-/// Why no request can be sent to a URL that has no origin.
-std::string refusalOf(const Url& url) {
-  const std::string& text = url.absoluteString();
-  if (hasScheme(text, "http") || hasScheme(text, "https")) {
-    return std::string(kUnsupportedUrl) + ": no host";
-  }
-  const std::string scheme(url.scheme());
-  return kUnsupportedUrl + (scheme.empty() ? ": no scheme" : " scheme: " + scheme);
-}
 
 }  // namespace
 
@@ -58,12 +47,12 @@ void CurlUrlConnection::sendAsynchronousRequest(UrlRequest request,
   }
   RequestCompletion completion(std::move(queue), std::move(handler));
   if (!request.url) {
-    completion.fail(kUnsupportedUrl);
+    completion.fail("Unsupported URL");
   } else if (auto origin = httpOrigin(*request.url)) {
     send(std::make_unique<CurlTransfer>(std::move(request), std::move(*origin),
                                         std::move(completion)));
   } else {
-    completion.fail(refusalOf(*request.url));
+    completion.fail(refusalOf(*request.url).value_or(""));
   }
 }
 

@@ -12,10 +12,11 @@ class CurlEventThread;
 class CurlTransfer;
 
 /// Sends http and https requests with libcurl, all of them on one thread of its own; reads file
-/// URLs on the request's queue; refuses every other scheme. Nothing is set up before the first
-/// request to a server needs it. Redirects are not followed, certificates are verified, TLS is 1.2
-/// at least. The timeout of a request counts from when it gets a socket. Proxies are those of
-/// libcurl's environment variables; where these name none, the resolver is asked.
+/// URLs on the request's queue; refuses every other scheme. Nothing is set up before it is prepared
+/// or the first request to a server needs it. No request is sent twice. Redirects are not followed,
+/// certificates are verified, TLS is 1.2 at least. The timeout of a request counts from when it
+/// gets a socket. Proxies are those of libcurl's environment variables; where these name none, the
+/// resolver is asked.
 class CurlUrlConnection : public UrlConnection {
  public:
   /// Takes SSLKEYLOGFILE, with which libcurl would write the keys of all connections to a file, out
@@ -41,7 +42,7 @@ class CurlUrlConnection : public UrlConnection {
 
   CurlLimits limits_;
   ProxyResolver resolver_;
-  /// Null until the first request needs it.
+  /// Null until it is prepared or needed.
   std::unique_ptr<CurlEventThread> thread_;
 };
 

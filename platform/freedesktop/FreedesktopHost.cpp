@@ -44,7 +44,7 @@ FreedesktopHost::FreedesktopHost(int argc, char** argv, SchemeReader schemesOf)
   // Most links lead to a request, whose libraries are loaded while the link is still being handled.
   urlEvents_.setArrivalNotice([this] { urlConnection_->prepare(); });
   if (isStartedByBus()) {
-    // With a link, as a rule, and never as a second process.
+    // With a link, as a rule.
     urlConnection_->prepare();
   }
 }

@@ -20,9 +20,10 @@
 
 namespace vendril {
 
-/// The services of a freedesktop.org desktop, put together. Making one reads the environment and
-/// opens the system log; everything else waits until it is used. Main thread only, and made before
-/// the process has a second thread.
+/// The services of a freedesktop.org desktop, put together. Making one reads the environment, takes
+/// out of it what this process must not follow, and opens the system log; in a process that the bus
+/// has started it prepares the network. Everything else waits until it is used. Main thread only,
+/// and made before the process has a second thread.
 class FreedesktopHost : public Host {
  public:
   /// Reads the URL schemes that a bundle declares.

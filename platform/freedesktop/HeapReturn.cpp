@@ -29,7 +29,7 @@ gboolean returnHeapIfQuiet(gpointer /*unused*/) {
 /// Until version 2.76 GLib has an allocator of its own for small objects, which keeps for ever what
 /// a burst of messages on the bus has needed: 15 MB after 10,000 of them. It can be turned off only
 /// before anything has used it, and the initializers of the shared libraries do.
-[[gnu::no_sanitize("address", "thread", "undefined")]] void useOneHeap() {
+__attribute__((no_sanitize("address", "thread", "undefined"))) void useOneHeap() {
   G_GNUC_BEGIN_IGNORE_DEPRECATIONS
   g_slice_set_config(G_SLICE_CONFIG_ALWAYS_MALLOC, TRUE);
   G_GNUC_END_IGNORE_DEPRECATIONS

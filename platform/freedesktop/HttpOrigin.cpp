@@ -38,4 +38,16 @@ std::optional<std::string> httpOrigin(const Url& url) {
          std::string(port.empty() ? defaultPort : port);
 }
 
+std::optional<std::string> refusalOf(const Url& url) {
+  const std::string& text = url.absoluteString();
+  if (hasScheme(text, "file") || httpOrigin(url)) {
+    return std::nullopt;
+  }
+  if (hasScheme(text, "http") || hasScheme(text, "https")) {
+    return "Unsupported URL: no host";
+  }
+  const std::string scheme(url.scheme());
+  return "Unsupported URL" + (scheme.empty() ? ": no scheme" : " scheme: " + scheme);
+}
+
 }  // namespace vendril

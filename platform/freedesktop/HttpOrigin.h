@@ -11,4 +11,7 @@ namespace vendril {
 /// filled in. Nothing when the URL is neither http nor https or names no host.
 std::optional<std::string> httpOrigin(const Url& url);
 
+/// Why no request can be sent to a URL; nothing when it has an origin or names a file.
+std::optional<std::string> refusalOf(const Url& url);
+
 }  // namespace vendril

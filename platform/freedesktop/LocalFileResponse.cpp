@@ -62,7 +62,7 @@ std::string contentsOf(const std::string& path, std::size_t maxSize) {
 
 std::string contentsOf(const Url& url, std::size_t maxSize) {
   const std::optional<std::string> path = url.fileSystemPath();
-  if (!path || path->find('\0') != std::string::npos) {
+  if (!path) {
     throw std::runtime_error("The URL names no file of this machine");
   }
   return contentsOf(*path, maxSize);
@@ -72,7 +72,7 @@ void answer(const Url& url, std::size_t maxSize, const UrlConnection::Completion
   std::string contents;
   try {
     contents = contentsOf(url, maxSize);
-  } catch (const std::runtime_error& error) {
+  } catch (const std::exception& error) {
     handler(std::nullopt, std::nullopt, makeUrlError(error.what()));
     return;
   }

@@ -148,7 +148,9 @@ TEST_F(ToolCommands, ExplainSaysWhyALinkLeadsToNoRequest) {
       {"vendril:join?session_id=7", "no-portal-uri"},
       {"vendril:?portalURI=http://p?session=7", "no-session-id"},
       {"vendril:?portalURI=http://p%20q?session_id=7", "bad-portal-uri"},
-      {"vendril:?portalURI=ftp://p?session_id=7", "bad-portal-uri"}};
+      {"vendril:?portalURI=ftp://p?session_id=7", "bad-portal-uri"},
+      {"vendril:?portalURI=http:///x?session_id=7", "bad-portal-uri"},
+      {"vendril:?portalURI=https:?session_id=7", "bad-portal-uri"}};
   for (const auto& [link, verdict] : links) {
     const Object answer = json({"explain", link});
     EXPECT_EQ(textAt(answer, "verdict"), verdict) << link;

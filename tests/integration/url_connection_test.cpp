@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -130,6 +131,21 @@ TEST_F(UrlConnectionTest, ConnectsAnewWhenThePortalHasClosedTheConnection) {
     EXPECT_EQ(outcome.statusCode(), 200) << outcome.errorText();
     EXPECT_EQ(server.accepts(), i);
   }
+}
+
+TEST_F(UrlConnectionTest, SendsNoRequestASecondTimeWhenAKeptConnectionEndsWithoutAnAnswer) {
+  std::atomic<int> requests = 0;
+  const RawServer server([&requests](RawServer::Connection& connection) {
+    connection.readRequest();
+    ++requests;
+    connection.write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+    if (!connection.readRequest().empty()) {
+      ++requests;
+    }
+  });
+  EXPECT_EQ(fetch(server.url()).statusCode(), 200);
+  EXPECT_EQ(fetch(server.url()).errorText(), "Empty reply from server");
+  EXPECT_EQ(requests, 2);
 }
 
 TEST_F(UrlConnectionTest, RunsHandlersOnTheQueue) {
