@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <system_error>
 
 namespace vendril::portal {
 namespace {
@@ -22,8 +23,12 @@ int portFrom(NameCall call, int descriptor) {
 
 /// Calls `act` with the descriptor and the client's port of every connection to `port`.
 void forEachConnection(int port, const std::function<void(int descriptor, int peer)>& act) {
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-    const int descriptor = std::stoi(entry.path().filename().string());
+  // Without exceptions: a signal asks for this as well, when there may be no descriptor left for
+  // the folder.
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry("/proc/self/fd", error), end;
+       !error && entry != end; entry.increment(error)) {
+    const int descriptor = std::stoi(entry->path().filename().string());
     const int peer = portFrom(::getpeername, descriptor);
     if (peer != 0 && portFrom(::getsockname, descriptor) == port) {
       act(descriptor, peer);

@@ -29,7 +29,8 @@ class PortalServer {
     Answer answer;
     /// The body of an answer with a status.
     std::string text = "thank you\n";
-    /// How late a slow answer is.
+    /// How late a slow answer is. It counts as a success, so it has to come before the agent gives
+    /// up, which is after a minute.
     std::chrono::seconds slowness{10};
   };
 

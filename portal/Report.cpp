@@ -3,6 +3,8 @@
 #include <glib.h>
 #include <jansson.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <memory>
 #include <new>
@@ -24,12 +26,14 @@ using GText = std::unique_ptr<char, Releaser<g_free>>;
 using JsonText = std::unique_ptr<char, Releaser<std::free>>;
 using JsonPtr = std::unique_ptr<json_t, Releaser<json_decref>>;
 
-json_t* jsonText(const std::string& text) {
-  if (json_t* const whole = json_stringn(text.data(), text.size())) {
-    return whole;
-  }
+std::string validUtf8(const std::string& text) {
   const GText valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
-  return json_string(valid.get());
+  return valid.get();
+}
+
+json_t* jsonText(const std::string& text) {
+  json_t* const whole = json_stringn(text.data(), text.size());
+  return whole != nullptr ? whole : json_string(validUtf8(text).c_str());
 }
 
 json_t* jsonPairs(const FormFields& pairs) {
@@ -40,16 +44,35 @@ json_t* jsonPairs(const FormFields& pairs) {
   return array;
 }
 
+/// True for the marks of Unicode's bidirectional algorithm, with which a text can show itself in
+/// another order than it has.
+bool isDirectionMark(gunichar code) {
+  constexpr std::array<gunichar, 12> kMarks{0x061C, 0x200E, 0x200F, 0x202A, 0x202B, 0x202C,
+                                            0x202D, 0x202E, 0x2066, 0x2067, 0x2068, 0x2069};
+  return std::find(kMarks.begin(), kMarks.end(), code) != kMarks.end();
+}
+
+bool isPrintable(gunichar code) {
+  const GUnicodeType type = g_unichar_type(code);
+  return type != G_UNICODE_CONTROL && type != G_UNICODE_LINE_SEPARATOR &&
+         type != G_UNICODE_PARAGRAPH_SEPARATOR && !isDirectionMark(code);
+}
+
 std::string printable(std::string text) {
-  constexpr unsigned char kSpace = 0x20;
-  constexpr unsigned char kDelete = 0x7F;
-  for (char& character : text) {
-    const auto code = static_cast<unsigned char>(character);
-    if (code < kSpace || code == kDelete) {
-      character = '?';
+  // GLib takes a NUL for a byte that is not UTF-8.
+  std::replace(text.begin(), text.end(), '\0', '?');
+  const std::string valid = validUtf8(text);
+  std::string result;
+  for (const char* next = valid.c_str(); *next != '\0';) {
+    const char* const character = next;
+    next = g_utf8_next_char(next);
+    if (isPrintable(g_utf8_get_char(character))) {
+      result.append(character, next);
+    } else {
+      result += '?';
     }
   }
-  return text;
+  return result;
 }
 
 std::string headerOf(const Report& report, const char* wanted) {

@@ -31,8 +31,9 @@ std::string currentTime();
 /// are not UTF-8 become replacement characters.
 std::string toJson(const Report& report);
 
-/// The report for a terminal, with "?" in the place of every control character: they would let a
-/// sender write to the terminal as it likes.
+/// The report for a terminal, with "?" in the place of every control character, line or paragraph
+/// separator and mark that changes the direction of writing: they would let a sender write to the
+/// terminal as it likes. Bytes that are not UTF-8 become replacement characters.
 std::string toText(const Report& report);
 
 }  // namespace vendril::portal

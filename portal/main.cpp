@@ -16,6 +16,9 @@ namespace {
 using vendril::portal::PortalServer;
 using vendril::portal::Report;
 
+/// In seconds. The agent gives up after 60, so a later answer would be no success.
+constexpr int kLongestSlowness = 59;
+
 struct Options {
   PortalServer::Settings settings;
   std::string answer = "200";
@@ -46,7 +49,7 @@ void declare(CLI::App& app, Options& options) {
       ->capture_default_str();
   app.add_option("--text", options.settings.text, "Body of the answers");
   app.add_option("--slow", options.slowness, "How many seconds a slow answer takes")
-      ->check(CLI::Range(1, 3600))
+      ->check(CLI::Range(1, kLongestSlowness))
       ->capture_default_str();
   app.add_flag("--quiet", options.quiet, "Print no reports, only the address");
 }

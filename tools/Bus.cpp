@@ -15,13 +15,23 @@ std::string variable(const char* name) {
   return value != nullptr ? value : "";
 }
 
+/// True when a part of the address has a bus started where none is.
+bool startsBus(const std::string& address) {
+  constexpr const char* kAutolaunch = "autolaunch:";
+  return address.starts_with(kAutolaunch) ||
+         address.find(std::string(";") + kAutolaunch) != std::string::npos;
+}
+
 /// Where GIO looks: the address in the environment, else the socket that systemd makes.
 bool isNamed() {
+  const std::string address = variable("DBUS_SESSION_BUS_ADDRESS");
+  if (!address.empty()) {
+    return !startsBus(address);
+  }
   struct stat status {};
   const std::string runtime = variable("XDG_RUNTIME_DIR");
-  return !variable("DBUS_SESSION_BUS_ADDRESS").empty() ||
-         (!runtime.empty() && stat((runtime + "/bus").c_str(), &status) == 0 &&
-          S_ISSOCK(status.st_mode));
+  return !runtime.empty() && stat((runtime + "/bus").c_str(), &status) == 0 &&
+         S_ISSOCK(status.st_mode);
 }
 
 GVariantPtr ask(const Bus& bus, const char* method, GVariant* parameters, const char* replyType) {

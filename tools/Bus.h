@@ -13,7 +13,7 @@ namespace vendril::tools {
 /// The session bus as this process finds it.
 struct Bus {
   enum class State {
-    /// Nothing in the environment says where it is.
+    /// Nothing in the environment says where it is, or it says that one is to be started.
     unnamed,
     /// It is named, but it cannot be talked to.
     unreachable,

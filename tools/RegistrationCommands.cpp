@@ -2,6 +2,7 @@
 
 #include "launcher/ZQN5Launcher.h"
 #include "platform/LaunchServices.h"
+#include "platform/freedesktop/DesktopExec.h"
 #include "protocol/ZQN5ProtocolHandler.h"
 #include "tools/Commands.h"
 #include "tools/checks/LoginItemCheck.h"
@@ -72,7 +73,12 @@ Answer showLoginItem(const Tool& tool) {
 
 Answer setLoginItem(const Tool& tool, bool isOn) {
   const LoggerBlock log = tool.transcript.loggerBlock();
-  const LoginItemFacts facts = loginItemFacts(Surroundings::of(tool));
+  const Surroundings surroundings = Surroundings::of(tool);
+  if (isOn && !findExecutable(surroundings.program)) {
+    logTo(log, "%@ is not there or cannot be run", surroundings.program);
+    return loginItemAnswer(tool, "login-item on", false);
+  }
+  const LoginItemFacts facts = loginItemFacts(surroundings);
   if (isOn && facts.isOn && facts.isSwitchedOff) {
     // Whoever asks for it has changed her mind: the entry that says otherwise goes.
     ZQN5Launcher::setLaunchOnLogin(false, log);

@@ -3,7 +3,9 @@
 #include <CLI/CLI.hpp>
 #include <chrono>
 #include <clocale>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <functional>
 #include <string>
@@ -14,6 +16,9 @@
 
 namespace vendril::tools {
 namespace {
+
+/// More than anybody reads, and few enough to be kept in memory.
+constexpr unsigned kMostLines = 1'000'000;
 
 /// What the command line says, and the command that it asks for.
 struct Request {
@@ -30,11 +35,17 @@ struct Request {
   std::function<Answer()> answer;
 };
 
+/// A range has nothing to say about what is no number.
+std::string finiteFault(const std::string& text) {
+  return std::isfinite(std::strtod(text.c_str(), nullptr)) ? "" : "has to be a number";
+}
+
 void addLinkCommands(CLI::App& app, const Tool& tool, Request& request) {
   CLI::App* open = app.add_subcommand("open", "Hand a link to the agent as the desktop would");
   open->add_option("LINK", request.link, "The link")->required();
   open->add_option("--timeout", request.timeout, "How many seconds to wait for the agent")
       ->check(CLI::Range(0.1, 3600.0))
+      ->check(finiteFault)
       ->capture_default_str();
   open->callback([&] {
     request.answer = [&] {
@@ -97,7 +108,9 @@ void addLogCommand(CLI::App& app, const Tool& tool, Request& request) {
   CLI::App* log = app.add_subcommand("log", "Show the agent's lines");
   log->add_flag("-f,--follow", request.follow, "Go on with each new line")
       ->excludes(app.get_option("--json"));
-  log->add_option("-n,--lines", request.lines, "How many lines to show")->capture_default_str();
+  log->add_option("-n,--lines", request.lines, "How many lines to show")
+      ->check(CLI::Range(0U, kMostLines))
+      ->capture_default_str();
   log->callback([&] { request.answer = [&] { return showLog(tool, request.lines); }; });
 }
 

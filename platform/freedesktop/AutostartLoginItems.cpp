@@ -180,7 +180,9 @@ SessionLoginItems::Item AutostartLoginItems::write(const std::string& name,
 
 /// Overrides a system's entry by a user's one that says that it is removed.
 std::int32_t AutostartLoginItems::mask(const AutostartFile& systems) const {
-  const std::optional<std::string> text = DesktopEntry::readText(systems.path);
+  // A blank one may be a device, which has no text to be read.
+  const std::optional<std::string> text =
+      systems.isBlank ? std::string() : DesktopEntry::readText(systems.path);
   if (!text || !makeUsersDirectory()) {
     return EIO;
   }

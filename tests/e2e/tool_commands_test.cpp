@@ -328,6 +328,16 @@ TEST_F(ToolCommands, LoginItemThatCannotBeWrittenIsAFailure) {
   EXPECT_EQ(textAt(json({"login-item", "on"}), "verdict"), "off");
 }
 
+TEST_F(ToolCommands, LoginItemForAProgramThatIsNotThereIsRefused) {
+  const auto bin = agent.home().root() / "lone/bin";
+  std::filesystem::create_directories(bin);
+  std::filesystem::copy_file(program(), bin / "vendrilctl");
+  const ProgramRun text = runProgram({(bin / "vendrilctl").string(), "login-item", "on"});
+  EXPECT_EQ(text.status, 1);
+  EXPECT_THAT(text.err, HasSubstr(bin.string() + "/vendril is not there or cannot be run\n"));
+  EXPECT_FALSE(std::filesystem::exists(autostart));
+}
+
 TEST_F(ToolCommands, LoginItemCleanRemovesStaleItemsAlone) {
   files.autostart("old.desktop", desktopEntryText("Brelto Mervale", "/nonexistent/mervale"));
   files.autostart("other.desktop", desktopEntryText("Other", "/nonexistent/other"));
@@ -342,8 +352,10 @@ TEST_F(ToolCommands, LoginItemCleanRemovesStaleItemsAlone) {
 // The command line.
 
 TEST_F(ToolCommands, CommandLineThatIsNotUnderstoodEndsWithTwo) {
-  for (const Words& words : {Words{}, Words{"unknown"}, Words{"open"}, Words{"config"},
-                             Words{"log", "--follow", "--json"}, Words{"status", "--unknown"}}) {
+  for (const Words& words :
+       {Words{}, Words{"unknown"}, Words{"open"}, Words{"config"},
+        Words{"log", "--follow", "--json"}, Words{"status", "--unknown"},
+        Words{"open", "--timeout", "nan", link("7")}, Words{"log", "-n", "4000000000"}}) {
     const ProgramRun text = run(words);
     EXPECT_EQ(text.status, 2) << ::testing::PrintToString(words);
     EXPECT_THAT(text.err, StartsWith("vendrilctl: "));

@@ -342,7 +342,7 @@ TEST_F(ToolStatus, ListThatDoesNotParseIsNamedByItsLineAndMended) {
   EXPECT_THAT(run({"status"}).out, HasSubstr("line 3 of "));
   mend("associations");
   expectFinding("associations", "readable", "ok");
-  EXPECT_EQ(readFile(associations), "[Default Applications]\ntext/html=b.desktop\n");
+  EXPECT_EQ(readFile(associations), "[Default Applications]\ntext/html=b.desktop\n# no entry\n");
 }
 
 TEST_F(ToolStatus, LoginItemThatIsOffSwitchedOffOrBrokenIsFoundAndSwitchedOn) {
@@ -358,6 +358,22 @@ TEST_F(ToolStatus, LoginItemThatIsOffSwitchedOffOrBrokenIsFoundAndSwitchedOn) {
     mend("login-item");
     expectFinding("login-item", "on", "ok");
   }
+}
+
+TEST_F(ToolStatus, LoginItemIsThatOfThisInstallationWhereAnotherOneHasItsOwn) {
+  const std::string head = "[Desktop Entry]\nType=Application\nName=Vendril\n";
+  const std::string others = head + "Exec=" + files.program("other/vendril").string() + "\n";
+  writeFile(autostart / kEntry, others + "Hidden=true\n");
+  expectFinding("login-item", "off", "note");
+  const auto own = autostart / "com.brelto.vendril-2.desktop";
+  writeFile(own, head + "Exec=" + InstalledAgent::program() + "\n");
+  expectFinding("login-item", "on", "ok");
+  writeFile(autostart / kEntry, others);
+  writeFile(own, head + "Exec=" + InstalledAgent::program() + "\nHidden=true\n");
+  expectFinding("login-item", "switched-off", "note");
+  mend("login-item");
+  expectFinding("login-item", "on", "ok");
+  EXPECT_EQ(readFile(autostart / kEntry), others);
 }
 
 TEST_F(ToolStatus, StaleLoginItemIsNamedAndRemoved) {
@@ -376,6 +392,17 @@ TEST_F(ToolStatus, MalformedConfigurationIsFoundAndMovedOutOfTheWay) {
   mend("configuration");
   expectFinding("configuration", "missing", "warning");
   EXPECT_EQ(readFile(agent.configurationPath() + ".bad"), "<plist>");
+  writeFile(agent.configurationPath(), "<plist version='1.0'>");
+  mend("configuration");
+  EXPECT_EQ(readFile(agent.configurationPath() + ".bad"), "<plist version='1.0'>");
+  EXPECT_EQ(readFile(agent.configurationPath() + ".bad.~1~"), "<plist>");
+}
+
+TEST_F(ToolStatus, ConfigurationThatCannotBeReachedIsNotTakenForMissing) {
+  std::filesystem::remove(agent.configurationPath());
+  std::filesystem::create_symlink(agent.configurationPath(), agent.configurationPath());
+  expectFinding("configuration", "unreadable", "error");
+  EXPECT_FALSE(check("configuration").contains("remedy"));
 }
 
 TEST_F(ToolStatus, ClientThatIsMissingOrCannotBeRunIsFound) {
@@ -387,12 +414,13 @@ TEST_F(ToolStatus, ClientThatIsMissingOrCannotBeRunIsFound) {
   expectFinding("client", "missing", "error");
 }
 
-TEST_F(ToolStatus, LogDirectoryThatIsAFileIsFound) {
-  writeFile(agent.home().root() / "logs", "");
+TEST_F(ToolStatus, LogDirectoryThatIsAFileIsFoundAndTheFileKept) {
+  const auto logs = agent.home().root() / "logs";
+  writeFile(logs, "dear");
   expectFinding("log-directory", "not-writable", "warning");
-  std::filesystem::remove(agent.home().root() / "logs");
-  std::filesystem::create_directory(agent.home().root() / "logs");
+  mend("log-directory");
   expectFinding("log-directory", "ready", "ok");
+  EXPECT_EQ(readFile(logs.string() + ".bad"), "dear");
 }
 
 TEST_F(ToolStatus, SessionWithoutABusIsSaidToHaveNone) {
@@ -401,6 +429,12 @@ TEST_F(ToolStatus, SessionWithoutABusIsSaidToHaveNone) {
                  {"XDG_RUNTIME_DIR", agent.home().root().string()}});
   expectFinding("session", "bus-unreachable", "error",
                 {{"DBUS_SESSION_BUS_ADDRESS", std::string("unix:path=") + kClosing}});
+}
+
+TEST_F(ToolStatus, AddressThatWouldStartABusNamesNone) {
+  for (const std::string address : {"autolaunch:", "unix:path=/nonexistent/bus;autolaunch:"}) {
+    expectFinding("session", "no-bus", "error", {{"DBUS_SESSION_BUS_ADDRESS", address}});
+  }
 }
 
 TEST_F(ToolStatus, RootWhoLooksIntoHerOwnSessionIsToldWhoseItIs) {

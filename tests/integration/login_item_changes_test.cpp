@@ -239,6 +239,15 @@ TEST_F(AutostartLoginItemsOfTheDesktop, RemovingASystemsEntryHidesItFromTheUser)
   EXPECT_EQ(validator.waitForExit(), 0) << validator.out() << validator.err();
 }
 
+TEST_F(AutostartLoginItemsOfTheDesktop, RemovingAnOwnEntryThatTheSystemLinksToNothingHidesIt) {
+  std::filesystem::create_directories(home_.systemConfig() / "autostart");
+  std::filesystem::create_symlink("/dev/null", home_.systemConfig() / "autostart" / kOwnName);
+  ASSERT_TRUE(launchesOnLogin());
+  EXPECT_EQ(items().remove(onlyItem()), 0);
+  EXPECT_FALSE(launchesOnLogin());
+  EXPECT_THAT(readFile(users(kOwnName)), HasSubstr("Hidden=true\n"));
+}
+
 TEST_F(AutostartLoginItemsOfTheDesktop, RemovingAnOverrideDoesNotBringTheSystemsEntryBack) {
   files_.systemAutostart("a.desktop", desktopEntryText("System", "/bin/true"));
   files_.autostart("a.desktop", desktopEntryText("User", "/bin/true"));

@@ -287,7 +287,7 @@ TEST_F(PracticePortal, MemoryStaysBoundedHoweverManyReportsCome) {
 
 TEST_F(PracticePortal, EachTerminationSignalEndsItAtOnceWhateverIsOpen) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    PortalProcess other(kProgram, {"--slow", "3600"});
+    PortalProcess other(kProgram, {"--slow", "59"});
     httplib::Client listener("127.0.0.1", other.port());
     httplib::Client sender("127.0.0.1", other.port());
     std::jthread stream(
@@ -304,6 +304,7 @@ TEST_F(PracticePortal, OptionsThatMakeNoSenseAreRefused) {
                                                     {"--answer", "maybe"},
                                                     {"--port", "70000"},
                                                     {"--slow", "0"},
+                                                    {"--slow", "60"},
                                                     {"--unknown"}}) {
     std::vector<std::string> command{kProgram};
     command.insert(command.end(), arguments.begin(), arguments.end());

@@ -59,6 +59,20 @@ TEST(PortalReport, TextHasNoControlCharacters) {
   EXPECT_THAT(toText(reportWith("a%1B=b%0A%7F")), HasSubstr("  a? = b??\n"));
 }
 
+TEST(PortalReport, TextHasNothingThatATerminalWouldObeyOrShowElsewhere) {
+  for (const char* code :
+       {"%C2%80", "%C2%9B", "%C2%9F", "%E2%80%A8", "%E2%80%A9", "%D8%9C", "%E2%80%8E", "%E2%80%8F",
+        "%E2%80%AA", "%E2%80%AE", "%E2%81%A6", "%E2%81%A9", "%00"}) {
+    EXPECT_THAT(toText(reportWith(std::string("a=b") + code + "c")), HasSubstr("  a = b?c\n"))
+        << code;
+  }
+}
+
+TEST(PortalReport, TextIsUtf8WhateverTheBodyHolds) {
+  EXPECT_THAT(toText(reportWith("a=b%9Bc%C3%BC")), HasSubstr("  a = b\xEF\xBF\xBD"
+                                                             "c\xC3\xBC\n"));
+}
+
 TEST(PortalReport, TimeIsInUtcWithMilliseconds) {
   EXPECT_TRUE(
       std::regex_match(currentTime(), std::regex(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z)")))

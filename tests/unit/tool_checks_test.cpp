@@ -1,6 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+
+#include "platform/freedesktop/MimeAppsList.h"
+#include "support/TemporaryDirectory.h"
 #include "tools/checks/AgentCheck.h"
 #include "tools/checks/BusServiceCheck.h"
 #include "tools/checks/ConfigurationCheck.h"
@@ -30,6 +34,17 @@ TEST(ToolChecks, SudoOutweighsTheBusOfRoot) {
   facts.command = "vendrilctl";
   expectCheck(sessionCheck(facts), "other-user", Level::warning,
               "sudo -u alice XDG_RUNTIME_DIR=/run/user/1000 vendrilctl status");
+}
+
+TEST(ToolChecks, IdOfTheUserBehindSudoIsUsedOnlyWhenItIsANumber) {
+  SessionFacts facts;
+  facts.sudoUser = "alice";
+  facts.command = "vendrilctl";
+  for (const char* id : {"", "1;reboot", "-1", "$(id)"}) {
+    facts.sudoUserId = id;
+    expectCheck(sessionCheck(facts), "other-user", Level::warning,
+                "sudo -u alice vendrilctl status");
+  }
 }
 
 TEST(ToolChecks, BusThatIsThereButNotNamedIsNamed) {
@@ -193,9 +208,37 @@ TEST(ToolChecks, SchemeWithoutAnyHandlerIsAsBadAsOneWithAForeignOne) {
   expectCheck(handlerCheck(facts), "other-handler", Level::error, "vendrilctl register");
 }
 
-TEST(ToolChecks, ListThatCannotBeReadIsAnError) {
-  const Check check = associationsCheck({"/home/a b/mimeapps.list", false, 0, ""});
-  expectCheck(check, "unreadable", Level::error, "ls -lL '/home/a b/mimeapps.list'");
+TEST(ToolChecks, ListThatCannotBeReadIsAnErrorThatItsOwnerCanMend) {
+  AssociationsFacts facts;
+  facts.path = "/home/a b/mimeapps.list";
+  facts.isReadable = false;
+  expectCheck(associationsCheck(facts), "unreadable", Level::error, std::nullopt);
+  facts.isOwnWithoutRight = true;
+  expectCheck(associationsCheck(facts), "unreadable", Level::error,
+              "chmod u+r '/home/a b/mimeapps.list'");
+}
+
+TEST(ToolChecks, BadLineOfALongListIsFoundInAFewReadings) {
+  using Clock = std::chrono::steady_clock;
+  std::string text = "[Default Applications]\n";
+  for (int line = 0; line < 5000; ++line) {
+    text += "text/x" + std::to_string(line) + "=a.desktop\n";
+  }
+  const TemporaryDirectory directory;
+  const std::string path = directory.write("mimeapps.list", text + "no entry\n" + text);
+  Surroundings surroundings;
+  surroundings.paths.configHome = directory.path();
+  const auto begin = Clock::now();
+  ASSERT_TRUE(MimeAppsList::parse(text));
+  const auto parsed = Clock::now();
+  const std::optional<AssociationsFacts> facts = associationsFacts(surroundings);
+  const auto found = Clock::now();
+  ASSERT_TRUE(facts);
+  EXPECT_EQ(facts->path, path);
+  EXPECT_EQ(facts->badLine, 5002U);
+  EXPECT_EQ(facts->badText, "no entry");
+  // Some fifteen readings, where one for each line would be two thousand and more.
+  EXPECT_LT((found - parsed) / (parsed - begin), 300);
 }
 
 TEST(ToolChecks, BrokenEntryDoesNotMatterWhereAnotherItemStartsTheAgent) {
@@ -222,10 +265,35 @@ TEST(ToolChecks, ConfigurationThatCannotBeReadIsAnErrorAndAMissingOneAWarning) {
   facts.path = "/home/a/x.plist";
   facts.file = ConfigurationFacts::File::unreadable;
   expectCheck(configurationCheck(facts), "unreadable", Level::error, "chmod u+r /home/a/x.plist");
+  facts.isFileOwn = false;
+  expectCheck(configurationCheck(facts), "unreadable", Level::error, std::nullopt);
   facts.file = ConfigurationFacts::File::missing;
   expectCheck(configurationCheck(facts), "missing", Level::warning, std::nullopt);
   facts.file = ConfigurationFacts::File::noHome;
   expectCheck(configurationCheck(facts), "no-home", Level::error, std::nullopt);
+}
+
+TEST(ToolChecks, ClientThatCannotBeRunIsMendedByItsOwnerAlone) {
+  ConfigurationFacts facts;
+  facts.executablePath = "-x";
+  facts.client = ConfigurationFacts::Client::notExecutable;
+  expectCheck(clientCheck(facts), "not-executable", Level::warning, "chmod +x -- -x");
+  facts.isClientOwn = false;
+  expectCheck(clientCheck(facts), "not-executable", Level::warning, std::nullopt);
+}
+
+TEST(ToolChecks, LogDirectoryIsMendedWhereItsObstacleIsAndOnlyByWhomItObeys) {
+  LogFacts facts;
+  facts.directory = "/logs/of/a";
+  facts.state = LogFacts::Directory::unusable;
+  expectCheck(logDirectoryCheck(facts), "not-writable", Level::warning, std::nullopt);
+  facts.obstacle = LogFacts::Obstacle{"/logs/of", true, true};
+  expectCheck(logDirectoryCheck(facts), "not-writable", Level::warning, "chmod u+rwx -- /logs/of");
+  facts.obstacle->isFolder = false;
+  expectCheck(logDirectoryCheck(facts), "not-writable", Level::warning,
+              "mv -T --backup=numbered -- /logs/of /logs/of.bad && mkdir -p -- /logs/of/a");
+  facts.obstacle->isChangeable = false;
+  expectCheck(logDirectoryCheck(facts), "not-writable", Level::warning, std::nullopt);
 }
 
 }  // namespace

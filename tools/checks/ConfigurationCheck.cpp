@@ -1,15 +1,24 @@
 #include "tools/checks/ConfigurationCheck.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "config/ZQN5PublishedConfiguration.h"
-#include "platform/FileSystem.h"
+#include "tools/checks/Ownership.h"
 
 namespace vendril::tools {
 namespace {
 
 using File = ConfigurationFacts::File;
 using Client = ConfigurationFacts::Client;
+
+/// False for what cannot be looked at: it may be there.
+bool isMissing(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR);
+}
 
 File fileAt(const std::optional<std::string>& path) {
   if (!path) {
@@ -18,7 +27,7 @@ File fileAt(const std::optional<std::string>& path) {
   if (ZQN5PublishedConfiguration::holdsConfiguration(*path)) {
     return File::published;
   }
-  if (fileKindAt(*path) == FileKind::missing) {
+  if (isMissing(*path)) {
     return File::missing;
   }
   return access(path->c_str(), R_OK) == 0 ? File::malformed : File::unreadable;
@@ -44,9 +53,11 @@ ConfigurationFacts configurationFacts(const Tool& tool) {
   ConfigurationFacts facts;
   facts.file = fileAt(path);
   facts.path = path.value_or("");
+  facts.isFileOwn = isOwn(facts.path);
   facts.record = configuration.dictionary();
   facts.executablePath = configuration.executablePath();
   facts.client = clientOf(configuration);
+  facts.isClientOwn = isOwn(facts.executablePath);
   return facts;
 }
 
@@ -73,7 +84,9 @@ Check configurationCheck(const ConfigurationFacts& facts) {
       check.verdict = "unreadable";
       check.level = Level::error;
       check.summary = facts.path + " cannot be read; the built-in default is reported";
-      check.remedy = "chmod u+r " + shellWord(facts.path);
+      if (facts.isFileOwn) {
+        check.remedy = "chmod u+r " + shellWord(facts.path);
+      }
       break;
     case File::malformed:
       check.verdict = "malformed";
@@ -81,7 +94,8 @@ Check configurationCheck(const ConfigurationFacts& facts) {
       check.summary = facts.path +
                       " holds no published configuration; the built-in default is reported until "
                       "the client publishes anew";
-      check.remedy = "mv " + shellWord(facts.path) + " " + shellWord(facts.path + ".bad");
+      check.remedy =
+          "mv -T --backup=numbered " + shellWord(facts.path) + " " + shellWord(facts.path + ".bad");
       break;
     case File::noHome:
       check.verdict = "no-home";
@@ -103,7 +117,9 @@ Check clientCheck(const ConfigurationFacts& facts) {
       check.verdict = "not-executable";
       check.level = Level::warning;
       check.summary = facts.executablePath + " is there but cannot be run";
-      check.remedy = "chmod +x " + shellWord(facts.executablePath);
+      if (facts.isClientOwn) {
+        check.remedy = "chmod +x -- " + shellWord(facts.executablePath);
+      }
       break;
     case Client::missing:
       check.verdict = "missing";

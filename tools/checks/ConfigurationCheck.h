@@ -16,10 +16,14 @@ struct ConfigurationFacts {
   File file = File::published;
   /// Where the file is or should be; empty without a home.
   std::string path;
+  /// Whether the file is the user's own, and so its permissions.
+  bool isFileOwn = true;
   /// The record that is in effect: the file's, or the built-in default.
   PropertyList::Dictionary record;
   std::string executablePath;
   Client client = Client::found;
+  /// Whether the executable is the user's own.
+  bool isClientOwn = true;
 };
 
 ConfigurationFacts configurationFacts(const Tool& tool);

@@ -2,15 +2,18 @@
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <iterator>
 
+#include "platform/AsciiCase.h"
 #include "platform/Host.h"
 #include "platform/LaunchServices.h"
 #include "platform/freedesktop/BoundedFile.h"
 #include "platform/freedesktop/MimeAppsList.h"
-#include "protocol/ZQN5ProtocolHandler.h"
 #include "tools/Answer.h"
+#include "tools/checks/Ownership.h"
 
 namespace vendril::tools {
 namespace {
@@ -26,17 +29,22 @@ std::vector<std::string> listsOf(const XdgPaths& paths) {
   return lists;
 }
 
-/// Finds the first line with which the text no longer parses.
+/// Finds the first line with which the text no longer parses. What follows that line mends
+/// nothing, so a few readings do.
 void findBadLine(const std::string& text, AssociationsFacts& facts) {
-  std::size_t begin = 0;
-  while (begin < text.size()) {
-    const std::size_t end = std::min(text.find('\n', begin), text.size());
-    ++facts.badLine;
-    if (!MimeAppsList::parse(text.substr(0, end))) {
-      facts.badText = text.substr(begin, end - begin);
-      return;
-    }
-    begin = end + 1;
+  std::vector<std::size_t> ends;
+  for (std::size_t end = text.find('\n'); end != std::string::npos;
+       end = text.find('\n', end + 1)) {
+    ends.push_back(end);
+  }
+  ends.push_back(text.size());
+  const auto bad = std::partition_point(ends.begin(), ends.end(), [&text](std::size_t end) {
+    return MimeAppsList::parse(text.substr(0, end)).has_value();
+  });
+  if (bad != ends.end()) {
+    const std::size_t begin = bad == ends.begin() ? 0 : *std::prev(bad) + 1;
+    facts.badLine = static_cast<std::size_t>(bad - ends.begin()) + 1;
+    facts.badText = text.substr(begin, *bad - begin);
   }
 }
 
@@ -44,8 +52,10 @@ void findBadLine(const std::string& text, AssociationsFacts& facts) {
 
 HandlerFacts handlerFacts(const Surroundings& surroundings, const std::string& scheme) {
   LaunchServices& services = Host::current().launchServices();
-  return {scheme, ZQN5ProtocolHandler::sharedInstance().isRegisteredForURLScheme(scheme),
-          services.copyDefaultHandlerForURLScheme(scheme),
+  // Read once, so that the findings agree with each other whatever changes meanwhile.
+  std::optional<std::string> handler = services.copyDefaultHandlerForURLScheme(scheme);
+  const bool isRegistered = handler && asciiLowercase(*handler) == surroundings.id;
+  return {scheme, isRegistered, std::move(handler),
           services.copyAllHandlersForURLScheme(scheme).value_or(std::vector<std::string>()),
           surroundings.mendingBy("register")};
 }
@@ -86,6 +96,7 @@ std::optional<AssociationsFacts> associationsFacts(const Surroundings& surroundi
     }
     const std::optional<std::string> text = readBoundedFile(path, kLargestList);
     facts.isReadable = text.has_value();
+    facts.isOwnWithoutRight = !text && isOwn(path) && access(path.c_str(), R_OK) != 0;
     if (text) {
       findBadLine(*text, facts);
     }
@@ -101,15 +112,17 @@ Check associationsCheck(const AssociationsFacts& facts) {
     check.verdict = "unreadable";
     check.level = Level::error;
     check.summary = facts.path + " cannot be read, so nobody can be made the default handler";
-    check.remedy = "ls -lL " + shellWord(facts.path);
+    if (facts.isOwnWithoutRight) {
+      check.remedy = "chmod u+r " + shellWord(facts.path);
+    }
   } else if (facts.badLine > 0) {
     check.verdict = "malformed";
     check.level = Level::error;
     check.summary =
         fmt::format("line {} of {} does not parse, so the list is neither followed nor changed: {}",
                     facts.badLine, facts.path, facts.badText);
-    check.remedy =
-        fmt::format("sed -i.bak --follow-symlinks {}d {}", facts.badLine, shellWord(facts.path));
+    check.remedy = fmt::format("sed -i --follow-symlinks '{}s/^/# /' {}", facts.badLine,
+                               shellWord(facts.path));
     check.details.emplace("line", static_cast<std::int64_t>(facts.badLine));
   }
   return check;

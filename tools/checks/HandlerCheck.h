@@ -30,6 +30,8 @@ Check handlerCheck(const HandlerFacts& facts);
 struct AssociationsFacts {
   std::string path;
   bool isReadable = true;
+  /// Whether it cannot be read because the user, whose it is, has taken the right from herself.
+  bool isOwnWithoutRight = false;
   /// The number and the text of the first line that does not parse.
   std::size_t badLine = 0;
   std::string badText;

@@ -7,6 +7,7 @@
 #include "app/ZQN5VendrilAppDelegate.h"
 #include "platform/FileSystem.h"
 #include "platform/freedesktop/JournalSystemLog.h"
+#include "tools/checks/Ownership.h"
 
 namespace vendril::tools {
 namespace {
@@ -17,18 +18,45 @@ bool isWritableFolder(const fs::path& path) {
   return fileKindAt(path) == FileKind::folder && access(path.c_str(), W_OK | X_OK) == 0;
 }
 
+/// The directory or, when it is missing, the nearest one above that is there.
+fs::path nearestOf(fs::path path) {
+  while (path.has_relative_path() && fileKindAt(path) == FileKind::missing) {
+    path = path.parent_path();
+  }
+  return path;
+}
+
 /// The agent creates the directory, and those above it, when it is missing.
 LogFacts::Directory stateOf(const fs::path& directory) {
   if (fileKindAt(directory) != FileKind::missing) {
     return isWritableFolder(directory) ? LogFacts::Directory::usable
                                        : LogFacts::Directory::unusable;
   }
-  fs::path above = directory;
-  while (above.has_relative_path() && fileKindAt(above) == FileKind::missing) {
-    above = above.parent_path();
+  return directory.is_absolute() && isWritableFolder(nearestOf(directory))
+             ? LogFacts::Directory::creatable
+             : LogFacts::Directory::unusable;
+}
+
+std::optional<LogFacts::Obstacle> obstacleTo(const fs::path& directory) {
+  if (!directory.is_absolute()) {
+    return std::nullopt;
   }
-  return directory.is_absolute() && isWritableFolder(above) ? LogFacts::Directory::creatable
-                                                            : LogFacts::Directory::unusable;
+  const fs::path nearest = nearestOf(directory);
+  const bool isFolder = fileKindAt(nearest) == FileKind::folder;
+  return LogFacts::Obstacle{nearest, isFolder,
+                            isFolder ? isOwn(nearest) : isWritableFolder(nearest.parent_path())};
+}
+
+/// Nothing that is there is lost: a file that stands in the way gets another name.
+std::optional<std::string> remedyFor(const LogFacts& facts) {
+  if (!facts.obstacle || !facts.obstacle->isChangeable) {
+    return std::nullopt;
+  }
+  const std::string& path = facts.obstacle->path;
+  return facts.obstacle->isFolder
+             ? "chmod u+rwx -- " + shellWord(path)
+             : "mv -T --backup=numbered -- " + shellWord(path) + " " + shellWord(path + ".bad") +
+                   " && mkdir -p -- " + shellWord(facts.directory);
 }
 
 std::string publishedDirectory(const PropertyList::Dictionary& record) {
@@ -47,6 +75,9 @@ LogFacts logFacts(const ConfigurationFacts& configuration) {
   if (!facts.directory.empty()) {
     facts.file = ZQN5VendrilAppDelegate().logPath(facts.directory, false).value_or("");
     facts.state = stateOf(facts.directory);
+  }
+  if (facts.state == LogFacts::Directory::unusable) {
+    facts.obstacle = obstacleTo(facts.directory);
   }
   return facts;
 }
@@ -70,8 +101,7 @@ Check logDirectoryCheck(const LogFacts& facts) {
       check.verdict = "not-writable";
       check.level = Level::warning;
       check.summary = facts.directory + " cannot be written, so there is no log file";
-      check.remedy = "mkdir -p " + shellWord(facts.directory) + " && chmod u+rwx " +
-                     shellWord(facts.directory);
+      check.remedy = remedyFor(facts);
       break;
   }
   return check;

@@ -32,14 +32,35 @@ std::optional<std::string> errorOf(const AutostartFile& file) {
   return program.path ? std::nullopt : std::optional(program.error);
 }
 
+/// The entry that starts this very installation; of several, one that is not switched off. Where
+/// there is none, the one under the agent's own name, unless it is that of another installation.
+std::optional<AutostartFile> ownEntry(const Surroundings& surroundings) {
+  const Url ownUrl = Url::fileUrlWithPath(surroundings.program);
+  const AutostartDirectories directories(surroundings.paths);
+  std::optional<AutostartFile> own;
+  for (AutostartFile& file : directories.files()) {
+    const std::optional<std::string> program =
+        file.entry ? file.entry->program().path : std::nullopt;
+    if (program && Url::fileUrlWithPath(*program) == ownUrl && (!own || isSwitchedOff(*own))) {
+      own = std::move(file);
+    }
+  }
+  if (!own) {
+    own = directories.find(surroundings.id + ".desktop");
+    if (own && own->entry && own->entry->program().path) {
+      own.reset();
+    }
+  }
+  return own;
+}
+
 }  // namespace
 
 LoginItemFacts loginItemFacts(const Surroundings& surroundings) {
   LoginItemFacts facts;
   facts.command = surroundings.mendingBy("login-item");
   facts.isOn = ZQN5Launcher::launchOnLogin();
-  const AutostartDirectories directories(surroundings.paths);
-  if (const auto file = directories.find(surroundings.id + ".desktop")) {
+  if (const auto file = ownEntry(surroundings)) {
     facts.path = file->path;
     facts.isSwitchedOff = isSwitchedOff(*file);
     facts.error = facts.isSwitchedOff ? std::nullopt : errorOf(*file);

@@ -21,6 +21,14 @@ std::string busOfUser(uid_t user) {
   return isThere ? "unix:path=" + path : "";
 }
 
+/// The variable that leads to the session of the user with this number, for a shell command. The
+/// number comes from the environment, which may hold anything.
+std::string runtimeDirectoryOf(const std::string& userId) {
+  const bool isNumber =
+      !userId.empty() && userId.find_first_not_of("0123456789") == std::string::npos;
+  return isNumber ? " XDG_RUNTIME_DIR=/run/user/" + userId : "";
+}
+
 Check withoutBus(const SessionFacts& facts) {
   Check check{"session", "no-bus", Level::error, "", std::nullopt, {}};
   if (facts.bus == Bus::State::unreachable) {
@@ -59,8 +67,8 @@ Check sessionCheck(const SessionFacts& facts) {
             "other-user",
             Level::warning,
             "this looks at the session of root, not at that of " + facts.sudoUser,
-            "sudo -u " + shellWord(facts.sudoUser) + " XDG_RUNTIME_DIR=/run/user/" +
-                facts.sudoUserId + " " + facts.command + " status",
+            "sudo -u " + shellWord(facts.sudoUser) + runtimeDirectoryOf(facts.sudoUserId) + " " +
+                facts.command + " status",
             {{"user", facts.sudoUser}}};
   }
   if (facts.bus != Bus::State::reached) {
