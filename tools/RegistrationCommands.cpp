@@ -34,6 +34,16 @@ Answer handlersAfter(const Tool& tool, const char* command, bool succeeded,
       tool.transcript.messages()};
 }
 
+/// True when there is nobody else who could be the handler of the agent's schemes among `chosen`.
+bool isOnlyHandler(const Tool& tool, const ZQN5ProtocolHandler& handler,
+                   const ZQN5ProtocolHandler::Schemes& chosen) {
+  const ZQN5ProtocolHandler::Schemes own = handler.supportedURLSchemes();
+  return std::all_of(chosen.begin(), chosen.end(), [&](const std::string& scheme) {
+    const auto handlers = tool.host.launchServices().copyAllHandlersForURLScheme(scheme);
+    return own.contains(scheme) && handlers && handlers->size() <= 1;
+  });
+}
+
 /// What a command about the login item answers.
 Answer loginItemAnswer(const Tool& tool, const char* command, bool succeeded) {
   const LoginItemFacts facts = loginItemFacts(Surroundings::of(tool));
@@ -64,7 +74,11 @@ Answer unregisterSchemes(const Tool& tool, const std::vector<std::string>& schem
       schemes.empty() ? handler.supportedURLSchemes()
                       : ZQN5ProtocolHandler::Schemes(schemes.begin(), schemes.end());
   const bool succeeded = handler.unregisterFromURLSchemes(chosen);
-  return handlersAfter(tool, "unregister", succeeded, chosen);
+  Answer answer = handlersAfter(tool, "unregister", succeeded, chosen);
+  if (!succeeded && isOnlyHandler(tool, handler, chosen)) {
+    answer.text += "No other program opens these links; the association goes with the program.\n";
+  }
+  return answer;
 }
 
 Answer showLoginItem(const Tool& tool) {

@@ -291,6 +291,7 @@ TEST_F(ToolCommands, UnregisterFailsWhereNobodyElseCouldBeTheHandler) {
   const ProgramRun text = run({"unregister"});
   EXPECT_EQ(text.status, 1);
   EXPECT_THAT(text.err, HasSubstr("Failed to unregister from 'mervale' scheme\n"));
+  EXPECT_THAT(text.out, HasSubstr("No other program opens these links"));
   EXPECT_EQ(textAt(json({"unregister", "http"}), "verdict"), "failed");
   EXPECT_THAT(run({"unregister", "http"}).err, HasSubstr("Invalid 'http' scheme has been found\n"));
 }
