@@ -154,6 +154,8 @@ PortalServer::Refusal PortalServer::guard(const httplib::Request& request,
 
 void PortalServer::takeReport(const httplib::Request& request, httplib::Response& response,
                               const httplib::ContentReader& read) {
+  // Each report comes on a connection of its own, so that a reset is seen as one.
+  response.set_header("Connection", "close");
   std::optional<std::string> body = readBody(read);
   if (!body) {
     response.status = kTooLarge;

@@ -15,8 +15,8 @@ using ::testing::Not;
 using ::testing::StartsWith;
 
 constexpr const char* kEntry = "com.brelto.vendril.desktop";
-constexpr const char* kService = "com.brelto.vendril.service";
 constexpr const char* kClosing = "/nonexistent/bus";
+constexpr const char* kService = "com.brelto.vendril.service";
 
 /// `vendrilctl status` on a desktop where one thing is wrong. Where a command mends it, the test
 /// runs that command as it stands.
@@ -423,45 +423,6 @@ TEST_F(ToolStatus, LogDirectoryThatIsAFileIsFoundAndTheFileKept) {
   mend("log-directory");
   expectFinding("log-directory", "ready", "ok");
   EXPECT_EQ(readFile(logs.string() + ".bad"), "dear");
-}
-
-TEST_F(ToolStatus, SessionWithoutABusIsSaidToHaveNone) {
-  expectFinding("session", "no-bus", "error",
-                {{"DBUS_SESSION_BUS_ADDRESS", std::nullopt},
-                 {"XDG_RUNTIME_DIR", agent.home().root().string()}});
-  expectFinding("session", "bus-unreachable", "error",
-                {{"DBUS_SESSION_BUS_ADDRESS", std::string("unix:path=") + kClosing}});
-}
-
-TEST_F(ToolStatus, AddressThatWouldStartABusNamesNone) {
-  for (const std::string address : {"autolaunch:", "unix:path=/nonexistent/bus;autolaunch:"}) {
-    expectFinding("session", "no-bus", "error", {{"DBUS_SESSION_BUS_ADDRESS", address}});
-  }
-}
-
-TEST_F(ToolStatus, RootWhoLooksIntoHerOwnSessionIsToldWhoseItIs) {
-  if (::geteuid() != 0) {
-    GTEST_SKIP() << "only root can be root by sudo";
-  }
-  const ChildProcess::Environment sudo{{"SUDO_USER", "alice"}, {"SUDO_UID", "1234"}};
-  expectFinding("session", "other-user", "warning", sudo);
-  EXPECT_THAT(textAt(check("session", sudo), "remedy"),
-              StartsWith("sudo -u alice XDG_RUNTIME_DIR=/run/user/1234 "));
-}
-
-TEST_F(ToolStatus, TerminalGetsATableInColoursUnlessTheyAreUnwanted) {
-  const Words command{"script",   "--quiet", "--return", "--command", program() + " status",
-                      "/dev/null"};
-  const std::string table = runProgram(command, {{"TERM", "xterm"}}).out;
-  EXPECT_THAT(table, HasSubstr("  \x1B[32mok     \x1B[0m  program            "));
-  for (const ChildProcess::Environment& plain :
-       {ChildProcess::Environment{{"NO_COLOR", "1"}, {"TERM", "xterm"}},
-        ChildProcess::Environment{{"TERM", "dumb"}}}) {
-    const std::string text = runProgram(command, plain).out;
-    EXPECT_THAT(text, HasSubstr("  ok       program            "));
-    EXPECT_THAT(text, Not(HasSubstr("\x1B")));
-  }
-  EXPECT_THAT(run({"status"}).out, Not(HasSubstr("\x1B")));
 }
 
 }  // namespace
