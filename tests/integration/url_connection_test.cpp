@@ -136,9 +136,10 @@ TEST_F(UrlConnectionTest, ConnectsAnewWhenThePortalHasClosedTheConnection) {
 TEST_F(UrlConnectionTest, SendsNoRequestASecondTimeWhenAKeptConnectionEndsWithoutAnAnswer) {
   std::atomic<int> requests = 0;
   const RawServer server([&requests](RawServer::Connection& connection) {
-    connection.readRequest();
-    ++requests;
-    connection.write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+    if (!connection.readRequest().empty()) {
+      ++requests;
+      connection.write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+    }
     if (!connection.readRequest().empty()) {
       ++requests;
     }
