@@ -65,7 +65,7 @@ std::string printable(std::string text) {
   std::string result;
   for (const char* next = valid.c_str(); *next != '\0';) {
     const char* const character = next;
-    next = g_utf8_next_char(next);
+    next = g_utf8_find_next_char(next, nullptr);
     if (isPrintable(g_utf8_get_char(character))) {
       result.append(character, next);
     } else {
