@@ -168,7 +168,7 @@ TEST_F(ToolStatus, NoBusServiceFileIsFoundAndOneIsProvided) {
 TEST_F(ToolStatus, BusServiceThatTheBusHasNotReadIsFound) {
   std::filesystem::remove(service);
   agent.bus().signal(SIGHUP);
-  ASSERT_TRUE(runMainLoopUntil([this] {
+  ASSERT_TRUE(runMainLoopUntil([] {
     return textAt(check("bus-service"), "verdict") == "not-loaded";
   })) << "the installation's own file is there, and this bus does not look into the prefix";
   expectFinding("bus-service", "not-loaded", "error");

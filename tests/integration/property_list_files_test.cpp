@@ -45,7 +45,7 @@ class PropertyListFilesOnDisk : public testing::Test {
 
   PlistTestDirectory directory_;
   const std::string path_ = directory_.file("file.plist");
-  const PlistFiles files_;
+  const PlistFiles files_{};
 };
 
 TEST(PropertyListData, ReadsEveryKindOfValueFromXml) {

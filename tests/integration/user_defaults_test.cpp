@@ -49,7 +49,7 @@ class UserDefaultsOnDisk : public testing::Test {
 
   PlistTestDirectory directory_;
   const std::string path_ = directory_.file("Library/Preferences/defaults.plist");
-  const PlistFiles files_;
+  const PlistFiles files_{};
   RecordingLog log_;
 };
 
