@@ -41,9 +41,10 @@ class EventLoop {
       mailbox_->attach(multi_);
       carryTransfers();
     }
-    for (const auto& transfer : mailbox_->detach().transfers) {
-      transfer->fail(multi_.setUpFailure().empty() ? "The request was cancelled"
-                                                   : multi_.setUpFailure());
+    const std::string reason =
+        multi_.setUpFailure().empty() ? "The request was cancelled" : multi_.setUpFailure();
+    for (const auto& transfer : mailbox_->detach(reason).transfers) {
+      transfer->fail(reason);
     }
   }
 

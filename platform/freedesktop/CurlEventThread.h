@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <thread>
 
 #include "platform/freedesktop/CurlLimits.h"
@@ -24,6 +25,8 @@ class CurlEventThread {
   /// Hands a transfer over. False, and it is left where it is, when the thread has ended because
   /// libcurl failed.
   bool post(std::unique_ptr<CurlTransfer>& transfer) { return mailbox_->post(transfer); }
+  /// Why it has ended.
+  std::string failure() const { return mailbox_->failure(); }
 
  private:
   /// Shared with lookups of proxies, which may outlive the thread.

@@ -41,11 +41,17 @@ void CurlMailbox::attach(CurlMulti& waiter) {
   waiter_ = &waiter;
 }
 
-CurlMailbox::Mail CurlMailbox::detach() {
+CurlMailbox::Mail CurlMailbox::detach(std::string reason) {
   const std::lock_guard lock(mutex_);
   waiter_ = nullptr;
   isDetached_ = true;
+  failure_ = std::move(reason);
   return std::exchange(mail_, {});
+}
+
+std::string CurlMailbox::failure() {
+  const std::lock_guard lock(mutex_);
+  return failure_;
 }
 
 /// Mail that was there before has woken the waiter up already.

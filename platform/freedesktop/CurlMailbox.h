@@ -38,8 +38,10 @@ class CurlMailbox {
 
   /// Wakes `waiter` up from now on when mail arrives.
   void attach(CurlMulti& waiter);
-  /// Ends the taking of mail. Returns what is left.
-  Mail detach();
+  /// Ends the taking of mail, for the reason that `failure` then gives. Returns what is left.
+  Mail detach(std::string reason);
+  /// Why no transfer is taken any more.
+  std::string failure();
 
  private:
   void wakeUpIf(bool wasEmpty);
@@ -48,6 +50,7 @@ class CurlMailbox {
   Mail mail_;
   CurlMulti* waiter_ = nullptr;
   bool isDetached_ = false;
+  std::string failure_;
 };
 
 }  // namespace vendril

@@ -14,7 +14,7 @@
 namespace vendril {
 namespace {
 
-constexpr const char* kSetUpFailed = "The network could not be set up";
+constexpr const char* kSetUpFailed = "The network could not be set up: ";
 
 }  // namespace
 
@@ -64,10 +64,10 @@ void CurlUrlConnection::send(std::unique_ptr<CurlTransfer> transfer) {
     thread_.reset();
     thread_ = std::make_unique<CurlEventThread>(limits_, resolver_);
     if (!thread_->post(transfer)) {
-      transfer->fail(kSetUpFailed);
+      transfer->fail(thread_->failure());
     }
   } catch (const std::system_error& error) {
-    transfer->fail(std::string(kSetUpFailed) + ": " + error.what());
+    transfer->fail(std::string(kSetUpFailed) + error.what());
   }
 }
 

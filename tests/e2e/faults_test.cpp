@@ -70,7 +70,7 @@ TEST_F(Faults, AgentWithoutStandardStreamsHasTheNullDeviceInTheirPlaces) {
 }
 
 TEST_F(Faults, DescriptorsThatRunOutCostOneLinkItsReportAndNoOtherAnything) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef VENDRIL_ASAN
   GTEST_SKIP() << "The sanitizer asks about addresses through a pipe, and takes them for bad";
 #endif
   const auto process = agent.startAndWait();
@@ -83,7 +83,7 @@ TEST_F(Faults, DescriptorsThatRunOutCostOneLinkItsReportAndNoOtherAnything) {
 }
 
 TEST_F(Faults, AgentWorksWithinAMemoryLimit) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(VENDRIL_ASAN) || defined(VENDRIL_TSAN)
   GTEST_SKIP() << "The sanitizers' shadow memory exceeds any limit";
 #endif
   constexpr std::size_t kLinks = 200;

@@ -191,7 +191,7 @@ TEST_F(ApplicationTest, KeepsNoThreadForWorkThatMayCome) {
 }
 
 TEST_F(ApplicationTest, NeverWakesUpWhileNothingHappens) {
-#ifdef __SANITIZE_THREAD__
+#ifdef VENDRIL_TSAN
   GTEST_SKIP() << "ThreadSanitizer has a thread of its own that wakes up";
 #endif
   const Process agent = startFirst({"t:one"});

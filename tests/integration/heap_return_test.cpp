@@ -51,7 +51,7 @@ bool mainContextHasTimer() {
 }
 
 TEST(HeapReturn, FreeMemoryGoesBackToTheSystemOnceThereIsNoMoreWork) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(VENDRIL_ASAN) || defined(VENDRIL_TSAN)
   GTEST_SKIP() << "The sanitizers have a heap of their own";
 #endif
   const long before = privateDirtyKib();

@@ -58,7 +58,7 @@ TEST_F(NetworkFaults, PortalThatTakesTlsConnectionsAndNeverAnswersTimesOut) {
 }
 
 TEST_F(NetworkFaults, DescriptorsThatRunOutBeforeTheFirstRequestCostThatOneAlone) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef VENDRIL_ASAN
   GTEST_SKIP() << "The sanitizer asks about addresses through a pipe, and takes them for bad";
 #endif
   TestPortal portal;
@@ -104,10 +104,18 @@ TEST_P(CurlFaults, FailEachRequestOnceAndTheNextOneWorks) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Functions, CurlFaults,
-                         testing::Values(CurlFailure::Function::globalInit,
+                         testing::Values(CurlFailure::Function::load,
+                                         CurlFailure::Function::globalInit,
                                          CurlFailure::Function::multiInit,
                                          CurlFailure::Function::multiAddHandle,
                                          CurlFailure::Function::easyInit));
+
+TEST_F(NetworkFaults, EachRequestIsToldWhyLibcurlCouldNotBeLoaded) {
+  const CurlFailure failure(CurlFailure::Function::load);
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_EQ(fetch("http://127.0.0.1/").errorText(), CurlFailure::kLoadFailure);
+  }
+}
 
 /// More lookups that hang than there are threads for lookups.
 TEST_F(NetworkFaults, ProxyResolversThatAllHangDelayEachRequestOnceAndLoseNone) {

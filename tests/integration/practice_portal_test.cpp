@@ -267,7 +267,7 @@ std::size_t residentKilobytes(pid_t process) {
 }
 
 TEST_F(PracticePortal, MemoryStaysBoundedHoweverManyReportsCome) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(VENDRIL_ASAN) || defined(VENDRIL_TSAN)
   GTEST_SKIP() << "the sanitizer keeps freed memory and would be measured instead";
 #endif
   const std::string body(portal::PortalServer::kLargestBody, '\x01');

@@ -1,10 +1,16 @@
 #include "support/CurlFailure.h"
 
-#include <curl/curl.h>
-#include <dlfcn.h>
-
 #include <atomic>
-#include <string_view>
+#include <string>
+
+#include "platform/freedesktop/CurlLibrary.h"
+
+// The linker turns each call of the two functions into one of the second of these, and the first
+// one is the function itself.
+std::string realLoadCurl() __asm__("__real__ZN7vendril8loadCurlB5cxx11Ev");
+std::string wrappedLoadCurl() __asm__("__wrap__ZN7vendril8loadCurlB5cxx11Ev");
+const vendril::CurlApi& realCurl() __asm__("__real__ZN7vendril4curlEv");
+const vendril::CurlApi& wrappedCurl() __asm__("__wrap__ZN7vendril4curlEv");
 
 namespace {
 
@@ -12,57 +18,41 @@ using Function = vendril::CurlFailure::Function;
 
 std::atomic<Function> failing = Function::none;
 
-decltype(&curl_global_init) realGlobalInit = nullptr;
-decltype(&curl_multi_init) realMultiInit = nullptr;
-decltype(&curl_multi_add_handle) realMultiAddHandle = nullptr;
-decltype(&curl_easy_init) realEasyInit = nullptr;
-
 CURLcode globalInit(long flags) {
-  return failing == Function::globalInit ? CURLE_FAILED_INIT : realGlobalInit(flags);
+  return failing == Function::globalInit ? CURLE_FAILED_INIT : realCurl().global_init(flags);
 }
 
 CURLM* multiInit() {
-  return failing == Function::multiInit ? nullptr : realMultiInit();
+  return failing == Function::multiInit ? nullptr : realCurl().multi_init();
 }
 
 CURLMcode multiAddHandle(CURLM* multi, CURL* easy) {
   return failing == Function::multiAddHandle ? CURLM_INTERNAL_ERROR
-                                             : realMultiAddHandle(multi, easy);
+                                             : realCurl().multi_add_handle(multi, easy);
 }
 
 CURL* easyInit() {
-  return failing == Function::easyInit ? nullptr : realEasyInit();
+  return failing == Function::easyInit ? nullptr : realCurl().easy_init();
 }
 
-/// Keeps the function that was found, and gives out `double_` in its place.
-template <class Pointer>
-void* replaced(void* found, Pointer& real, Pointer double_) {
-  real = reinterpret_cast<Pointer>(found);
-  return reinterpret_cast<void*>(double_);
+vendril::CurlApi functionsThatMayFail() {
+  vendril::CurlApi api = realCurl();
+  api.global_init = globalInit;
+  api.multi_init = multiInit;
+  api.multi_add_handle = multiAddHandle;
+  api.easy_init = easyInit;
+  return api;
 }
 
 }  // namespace
 
-// libcurl's functions are looked up by their names. The linker turns each look-up into a call of
-// the second function; the first one is the look-up itself.
-extern "C" void* __real_dlsym(void* library, const char* name);
+std::string wrappedLoadCurl() {
+  return failing == Function::load ? vendril::CurlFailure::kLoadFailure : realLoadCurl();
+}
 
-extern "C" void* __wrap_dlsym(void* library, const char* name) {
-  void* const found = __real_dlsym(library, name);
-  const std::string_view function(name);
-  if (function == "curl_global_init") {
-    return replaced(found, realGlobalInit, &globalInit);
-  }
-  if (function == "curl_multi_init") {
-    return replaced(found, realMultiInit, &multiInit);
-  }
-  if (function == "curl_multi_add_handle") {
-    return replaced(found, realMultiAddHandle, &multiAddHandle);
-  }
-  if (function == "curl_easy_init") {
-    return replaced(found, realEasyInit, &easyInit);
-  }
-  return found;
+const vendril::CurlApi& wrappedCurl() {
+  static const vendril::CurlApi kApi = functionsThatMayFail();
+  return kApi;
 }
 
 namespace vendril {
