@@ -151,16 +151,9 @@ void formatPrintf(benchmark::State& state) {
 }
 BENCHMARK(formatPrintf)->Name("message format/printf");
 
-/// What a piece may take of the time of what stands beside it. Three do more than that does, and
-/// are allowed for it: a configuration passes a guard before libplist sees it and becomes a record
-/// with its values' own kinds, and a log line has its time formatted anew and its text checked for
-/// what must not stand in a line.
-double boundOf(std::string_view piece) {
-  if (piece == "configuration load" || piece == "report") {
-    return 1.6;
-  }
-  return piece == "log line" ? 1.8 : 1.0;
-}
+/// What a piece may take of the time of what stands beside it: no more, and a tenth by which one
+/// run differs from the next.
+constexpr double kBound = 1.1;
 
 /// Keeps the shortest time of each benchmark, which other load can only
 /// lengthen.
@@ -189,12 +182,11 @@ class ShortestTimes : public benchmark::ConsoleReporter {
         continue;
       }
       const double ratio = ours->second / time;
-      const double bound = boundOf(name.substr(0, slash));
-      const bool within = ratio <= bound;
+      const bool within = ratio <= kBound;
       passed = passed && within;
       fmt::print("{:<46}{:>10.0f}{:>10.0f} {:<6}{:>8.2f}{:>9}{}\n",
                  name.substr(0, slash) + ", other = " + name.substr(slash + 1), ours->second, time,
-                 "ns", ratio, fmt::format("<= {:.2f}", bound), within ? "" : "  TOO MUCH");
+                 "ns", ratio, fmt::format("<= {:.2f}", kBound), within ? "" : "  TOO MUCH");
     }
     return passed;
   }

@@ -46,9 +46,12 @@ std::optional<std::string> ZQN5PublishedConfiguration::getClientInfoJSONWithSkip
 std::optional<std::string> ZQN5PublishedConfiguration::clientInfoJSON(bool skipSearch) const {
   // Name and version go out in the kind in which they were found; JSON may have no form for it.
   const PropertyList empty = "";
-  JsonMembers members{{"appName", appName_.value_or(empty)},
-                      {"appVersion", appVersion_.value_or(empty)},
-                      {"isMeetMeOnly", isMeetMeOnly()}};
+  constexpr std::size_t kMembers = 7;
+  JsonMembers members;
+  members.reserve(kMembers);
+  members.emplace_back("appName", appName_ ? *appName_ : empty);
+  members.emplace_back("appVersion", appVersion_ ? *appVersion_ : empty);
+  members.emplace_back("isMeetMeOnly", isMeetMeOnly());
   const bool found = skipSearch || findBreltoOrvanta();
   const auto capability = [found](bool capable) { return capable && found ? 1 : 0; };
   members.emplace_back("meetmeCapable", capability(meetmeCapable()));

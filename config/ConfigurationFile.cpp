@@ -1,4 +1,5 @@
 #include <span>
+#include <utility>
 
 #include "config/PublishedValues.h"
 #include "config/ZQN5DefaultPublishedConfiguration.h"
@@ -21,15 +22,15 @@ constexpr const char* kRootKey = "PublishedConfiguration";
 /// dictionary.
 std::optional<PropertyList::Dictionary> publishedDictionary(
     const std::optional<std::string>& path) {
-  const auto root =
+  auto root =
       path ? Host::current().propertyListFiles().dictionaryWithContentsOfFile(*path) : std::nullopt;
   if (!root) {
     return std::nullopt;
   }
   const auto value = root->find(kRootKey);
-  const auto* dictionary =
+  auto* dictionary =
       value != root->end() ? value->second.get<PropertyList::Dictionary>() : nullptr;
-  return dictionary != nullptr ? std::optional(*dictionary) : std::nullopt;
+  return dictionary != nullptr ? std::optional(std::move(*dictionary)) : std::nullopt;
 }
 
 /// The folder that the file lies in; nothing when there is no Library directory.

@@ -38,32 +38,32 @@ struct Field {
   void (*append)(std::string& out, const BrokenDownDate& date);
 };
 
-/// Appends a number with leading zeros. Each log line has seven of them, and a format whose width
-/// is an argument costs ten times as much.
-void appendNumber(std::string& out, int value, int digits) {
-  const fmt::format_int text(value);
-  const auto length = static_cast<int>(text.size());
-  if (value >= 0 && length < digits) {
-    out.append(static_cast<std::size_t>(digits - length), '0');
+/// Appends a number in as many digits, or in more when it needs them. Each log line has seven of
+/// them, and a format whose width is an argument costs ten times as much.
+template <std::size_t Digits>
+void appendNumber(std::string& out, int value) {
+  std::array<char, Digits> text;
+  int rest = value;
+  for (auto digit = text.rbegin(); digit != text.rend(); ++digit) {
+    *digit = static_cast<char>('0' + rest % 10);
+    rest /= 10;
   }
-  out.append(text.data(), text.size());
+  if (value >= 0 && rest == 0) {
+    out.append(text.data(), text.size());
+  } else {
+    const fmt::format_int whole(value);
+    out.append(whole.data(), whole.size());
+  }
 }
 
 constexpr std::array<Field, 7> kFields{{
-    {"yyyy", [](std::string& out,
-                const BrokenDownDate& d) { appendNumber(out, d.fields.tm_year + 1900, 4); }},
-    {"MM",
-     [](std::string& out, const BrokenDownDate& d) { appendNumber(out, d.fields.tm_mon + 1, 2); }},
-    {"dd",
-     [](std::string& out, const BrokenDownDate& d) { appendNumber(out, d.fields.tm_mday, 2); }},
-    {"HH",
-     [](std::string& out, const BrokenDownDate& d) { appendNumber(out, d.fields.tm_hour, 2); }},
-    {"mm",
-     [](std::string& out, const BrokenDownDate& d) { appendNumber(out, d.fields.tm_min, 2); }},
-    {"ss",
-     [](std::string& out, const BrokenDownDate& d) { appendNumber(out, d.fields.tm_sec, 2); }},
-    {"SSS",
-     [](std::string& out, const BrokenDownDate& d) { appendNumber(out, d.milliseconds, 3); }},
+    {"yyyy", [](auto& out, const auto& date) { appendNumber<4>(out, date.fields.tm_year + 1900); }},
+    {"MM", [](auto& out, const auto& date) { appendNumber<2>(out, date.fields.tm_mon + 1); }},
+    {"dd", [](auto& out, const auto& date) { appendNumber<2>(out, date.fields.tm_mday); }},
+    {"HH", [](auto& out, const auto& date) { appendNumber<2>(out, date.fields.tm_hour); }},
+    {"mm", [](auto& out, const auto& date) { appendNumber<2>(out, date.fields.tm_min); }},
+    {"ss", [](auto& out, const auto& date) { appendNumber<2>(out, date.fields.tm_sec); }},
+    {"SSS", [](auto& out, const auto& date) { appendNumber<3>(out, date.milliseconds); }},
 }};
 
 const Field* fieldAt(std::string_view pattern) {
@@ -90,11 +90,6 @@ std::string description(Date date) {
 
 std::string DateFormatter::stringFromDate(Date date) const {
   std::string out;
-  appendDate(out, date);
-  return out;
-}
-
-void DateFormatter::appendDate(std::string& out, Date date) const {
   const BrokenDownDate brokenDown = localDate(date);
   std::string_view rest = pattern_;
   while (!rest.empty()) {
@@ -106,6 +101,7 @@ void DateFormatter::appendDate(std::string& out, Date date) const {
       rest.remove_prefix(1);
     }
   }
+  return out;
 }
 
 }  // namespace vendril

@@ -20,8 +20,6 @@ class DateFormatter {
   explicit DateFormatter(std::string_view pattern) : pattern_(pattern) {}
 
   std::string stringFromDate(Date date) const;
-  /// Appends the same to `out`.
-  void appendDate(std::string& out, Date date) const;
   const std::string& pattern() const { return pattern_; }
 
  private:

@@ -42,6 +42,10 @@ class PropertyList {
   const T* get() const {
     return std::get_if<T>(&value_);
   }
+  template <class T>
+  T* get() {
+    return std::get_if<T>(&value_);
+  }
 
   /// Calls `visitor` with the value in its own type.
   template <class Visitor>

@@ -4,6 +4,7 @@
 #include <glib.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <exception>
 
 #include "platform/freedesktop/LogRecord.h"
@@ -48,7 +49,7 @@ std::string JournalSystemLog::recordOf(std::string_view message) const {
   constexpr std::size_t kRoomForTimeAndEscapes = 64;
   std::string record;
   record.reserve(kRoomForTimeAndEscapes + process_.size() + message.size());
-  time_.appendDate(record, std::chrono::system_clock::now());
+  appendRecordTime(record, std::chrono::system_clock::now());
   record += process_;
   appendLogText(record, message);
   record += '\n';

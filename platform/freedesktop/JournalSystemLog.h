@@ -3,7 +3,6 @@
 #include <string>
 #include <string_view>
 
-#include "platform/Date.h"
 #include "platform/SystemLog.h"
 #include "platform/freedesktop/JournalSocket.h"
 #include "platform/freedesktop/UnblockedOutput.h"
@@ -30,7 +29,6 @@ class JournalSystemLog : public SystemLog {
   JournalSocket journal_;
   bool toStandardError_;
   std::string process_;
-  DateFormatter time_{"yyyy-MM-dd HH:mm:ss.SSS"};
   UnblockedOutput standardError_;
 };
 

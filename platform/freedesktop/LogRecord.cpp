@@ -3,7 +3,11 @@
 #include <fmt/format.h>
 #include <glib.h>
 
+#include <array>
+#include <chrono>
+#include <cstddef>
 #include <iterator>
+#include <optional>
 
 namespace vendril {
 namespace {
@@ -73,7 +77,29 @@ void appendLine(std::string& out, std::string_view line) {
   }
 }
 
+/// The text of one second. Needs no destructor, because records are written until the very end of a
+/// process.
+struct SecondText {
+  std::optional<std::chrono::sys_seconds> second;
+  std::array<char, 32> text;
+  std::size_t length;
+};
+
 }  // namespace
+
+// A local time costs as much as the rest of a record, and records come many in one second.
+void appendRecordTime(std::string& out, Date time) {
+  thread_local SecondText last{};
+  const auto second = std::chrono::floor<std::chrono::seconds>(time);
+  if (last.second != second) {
+    const std::string text = DateFormatter("yyyy-MM-dd HH:mm:ss").stringFromDate(time);
+    last.length = text.copy(last.text.data(), last.text.size());
+    last.second = second;
+  }
+  out.append(last.text.data(), last.length);
+  const auto fraction = std::chrono::floor<std::chrono::milliseconds>(time) - second;
+  fmt::format_to(std::back_inserter(out), ".{:03}", fraction.count());
+}
 
 void appendLogText(std::string& out, std::string_view message) {
   while (true) {

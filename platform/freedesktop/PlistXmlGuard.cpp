@@ -12,6 +12,10 @@
 namespace vendril {
 namespace {
 
+bool isLowerCase(char character) {
+  return character >= 'a' && character <= 'z';
+}
+
 /// A place in a text, moving forward.
 class Cursor {
  public:
@@ -29,11 +33,12 @@ class Cursor {
     return true;
   }
 
-  void skipWhitespace() { takeRun(" \t\r\n"); }
+  void skipWhitespace() { takeRun(isXmlWhitespace); }
 
-  /// Moves past as many of `characters` as come next and returns them.
-  std::string_view takeRun(std::string_view characters) {
-    return take(std::min(rest_.find_first_not_of(characters), rest_.size()));
+  /// Moves past the characters that come next for which `belongs` is true and returns them.
+  std::string_view takeRun(bool (&belongs)(char)) {
+    const auto* const end = std::find_if_not(rest_.begin(), rest_.end(), belongs);
+    return take(static_cast<std::size_t>(end - rest_.begin()));
   }
 
   /// Moves to the next `character`, or to the end, and returns what lay before it.
@@ -138,7 +143,7 @@ class XmlGuard {
       return false;
     }
     const auto attributes = cursor_.takeThrough(">");
-    return attributes && (attributes->empty() || isWhitespace(attributes->front())) &&
+    return attributes && (attributes->empty() || isXmlWhitespace(attributes->front())) &&
            !attributes->ends_with('/') && attributes->find('<') == std::string_view::npos &&
            hasClosedQuotes(*attributes);
   }
@@ -171,7 +176,7 @@ class XmlGuard {
     if (!cursor_.skip("<")) {
       return std::nullopt;
     }
-    const std::string_view name = cursor_.takeRun("abcdefghijklmnopqrstuvwxyz");
+    const std::string_view name = cursor_.takeRun(isLowerCase);
     cursor_.skipWhitespace();
     const bool isEmpty = cursor_.skip("/");
     return cursor_.skip(">") ? std::optional(Tag{name, isEmpty}) : std::nullopt;
@@ -248,10 +253,6 @@ class XmlGuard {
     }
     const std::string_view content = tag.isEmpty ? "" : cursor_.takeUpTo('<');
     return kind->spells(content) && (tag.isEmpty || closeTag(tag.name));
-  }
-
-  static bool isWhitespace(char character) {
-    return character == ' ' || character == '\t' || character == '\r' || character == '\n';
   }
 
   Cursor cursor_;

@@ -4,6 +4,10 @@
 
 namespace vendril {
 
+inline bool isXmlWhitespace(char character) {
+  return character == ' ' || character == '\t' || character == '\r' || character == '\n';
+}
+
 /// True when `text` is UTF-8 and made of characters that an XML document can hold: no control
 /// characters but tab, line feed and carriage return.
 bool isXmlText(std::string_view text);

@@ -11,6 +11,25 @@ std::string logText(std::string_view message) {
   return out;
 }
 
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+std::string recordTime(Date time) {
+  std::string out = "at ";
+  appendRecordTime(out, time);
+  return out;
+}
+
+TEST(RecordTime, IsThatOfTheFormatterWhateverCameBefore) {
+  const DateFormatter formatter("yyyy-MM-dd HH:mm:ss.SSS");
+  const Date start(seconds(1'784'540'799));
+  for (const Date time : {start, start + milliseconds(7), start + milliseconds(999),
+                          start + milliseconds(1000), start + milliseconds(3), start - seconds(40),
+                          Date(), Date(milliseconds(-1)), Date::min(), Date::max()}) {
+    EXPECT_EQ(recordTime(time), "at " + formatter.stringFromDate(time));
+  }
+}
+
 TEST(LogText, PlainTextStaysAsItIs) {
   EXPECT_EQ(logText("[Class] caf\u00E9 \u20AC 100% \\x41 \U0001F600"),
             "[Class] caf\u00E9 \u20AC 100% \\x41 \U0001F600");
