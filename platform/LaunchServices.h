@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +27,12 @@ class LaunchServices {
 
   /// The default handler of `scheme`; nothing when there is none.
   virtual std::optional<std::string> copyDefaultHandlerForURLScheme(std::string_view scheme) = 0;
+
+  /// While the result lives, the default handlers of `schemes` may all be taken from one look at
+  /// the registry. For questions that belong together; null when each of them looks for itself.
+  virtual std::shared_ptr<void> shareOneLook(const std::set<std::string>& /*schemes*/) {
+    return nullptr;
+  }
 
   /// Every application that can handle `scheme`; nothing when the registry cannot tell.
   virtual std::optional<std::vector<std::string>> copyAllHandlersForURLScheme(

@@ -140,6 +140,7 @@ bool ZQN5ProtocolHandler::unregisterFromURLSchemes(const Schemes& schemes) const
 }
 
 bool ZQN5ProtocolHandler::isRegisteredForURLSchemes(const Schemes& schemes) const {
+  const auto look = launchServices().shareOneLook(schemes);
   return std::all_of(schemes.begin(), schemes.end(), [this](const std::string& scheme) {
     return isRegisteredForURLScheme(scheme);
   });

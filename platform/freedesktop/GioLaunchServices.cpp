@@ -78,8 +78,22 @@ std::int32_t GioLaunchServices::setDefaultHandlerForURLScheme(std::string_view s
 
 std::optional<std::string> GioLaunchServices::copyDefaultHandlerForURLScheme(
     std::string_view scheme) {
-  const std::optional<std::string> id = lookup_.defaultApplication(handlerType(scheme));
+  const std::string type = handlerType(scheme);
+  const std::shared_ptr<HandlerLookup::Look> shared = look_.lock();
+  const std::optional<std::string> id = shared && shared->covers(type)
+                                            ? lookup_.defaultApplication(type, *shared)
+                                            : lookup_.defaultApplication(type);
   return id ? std::optional(bundleIdentifierOf(*id)) : std::nullopt;
+}
+
+std::shared_ptr<void> GioLaunchServices::shareOneLook(const std::set<std::string>& schemes) {
+  std::set<std::string> types;
+  for (const std::string& scheme : schemes) {
+    types.insert(handlerType(scheme));
+  }
+  auto look = std::make_shared<HandlerLookup::Look>(std::move(types));
+  look_ = look;
+  return look;
 }
 
 std::optional<std::vector<std::string>> GioLaunchServices::copyAllHandlersForURLScheme(

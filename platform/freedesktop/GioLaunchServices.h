@@ -1,6 +1,8 @@
 #pragma once
 
+#include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "platform/LaunchServices.h"
@@ -14,7 +16,8 @@ namespace vendril {
 ///
 /// Questions are answered as a GIO that has just started would answer them, but without asking it:
 /// GIO answers from a cache that a thread of its own drops some time after a file has changed, and
-/// until then the answer may be the old one. Here each question reads the lists anew.
+/// until then the answer may be the old one. Here each question reads the lists anew, unless some
+/// share one look.
 class GioLaunchServices : public LaunchServices {
  public:
   explicit GioLaunchServices(const XdgPaths& paths = XdgPaths::fromEnvironment());
@@ -25,6 +28,7 @@ class GioLaunchServices : public LaunchServices {
   std::int32_t setDefaultHandlerForURLScheme(std::string_view scheme,
                                              std::string_view bundleIdentifier) override;
   std::optional<std::string> copyDefaultHandlerForURLScheme(std::string_view scheme) override;
+  std::shared_ptr<void> shareOneLook(const std::set<std::string>& schemes) override;
   /// Always answers, if with an empty list.
   std::optional<std::vector<std::string>> copyAllHandlersForURLScheme(
       std::string_view scheme) override;
@@ -35,6 +39,8 @@ class GioLaunchServices : public LaunchServices {
 
   XdgPaths paths_;
   HandlerLookup lookup_;
+  /// Of those who share one at the moment.
+  std::weak_ptr<HandlerLookup::Look> look_;
 };
 
 }  // namespace vendril

@@ -1,9 +1,6 @@
 #include "platform/freedesktop/HandlerLookup.h"
 
 #include <algorithm>
-#include <map>
-
-#include "platform/freedesktop/MimeAppsList.h"
 
 namespace vendril {
 namespace {
@@ -14,26 +11,25 @@ bool contains(const std::vector<std::string>& ids, const std::string& id) {
 
 }  // namespace
 
-/// The lists as they are when one question is asked, as far as they concern its type. Each is read
-/// once, although it counts for the defaults and again for the associations.
-class HandlerLookup::Lists {
- public:
-  explicit Lists(const std::string& type) : type_(type) {}
-
-  /// What `group` of the list at `path` gives for the type; nothing when the list is missing or
-  /// does not parse.
-  std::vector<std::string> applications(const std::string& path, const char* group) {
-    const auto [entry, isNew] = lists_.try_emplace(path);
-    if (isNew) {
-      entry->second = MimeAppsList::readAbout(type_, path);
-    }
-    return entry->second ? entry->second->applications(group, type_) : std::vector<std::string>();
+// Each list is read once, although it counts for the defaults and again for the associations.
+std::vector<std::string> HandlerLookup::Look::applications(const std::string& path,
+                                                           const char* group,
+                                                           const std::string& type) {
+  const auto [entry, isNew] = lists_.try_emplace(path);
+  if (isNew) {
+    entry->second = MimeAppsList::readAbout(types_, path);
   }
+  return entry->second ? entry->second->applications(group, type) : std::vector<std::string>();
+}
 
- private:
-  const std::string& type_;
-  std::map<std::string, std::optional<MimeAppsList>> lists_;
-};
+bool HandlerLookup::Look::isInstalled(const std::string& id,
+                                      const InstalledApplications& applications) {
+  const auto [entry, isNew] = installed_.try_emplace(id);
+  if (isNew) {
+    entry->second = applications.find(id).has_value();
+  }
+  return entry->second;
+}
 
 HandlerLookup::HandlerLookup(const XdgPaths& paths)
     : applications_(paths), desktops_(paths.currentDesktops) {
@@ -49,12 +45,17 @@ HandlerLookup::HandlerLookup(const XdgPaths& paths)
 }
 
 std::optional<std::string> HandlerLookup::defaultApplication(const std::string& type) const {
-  Lists lists(type);
-  if (auto named = firstNamedDefault(lists)) {
+  Look look({type});
+  return defaultApplication(type, look);
+}
+
+std::optional<std::string> HandlerLookup::defaultApplication(const std::string& type,
+                                                             Look& look) const {
+  if (auto named = firstNamedDefault(type, look)) {
     return named;
   }
-  for (const std::string& id : associations(lists)) {
-    if (applications_.find(id)) {
+  for (const std::string& id : associations(type, look)) {
+    if (look.isInstalled(id, applications_)) {
       return id;
     }
   }
@@ -62,17 +63,19 @@ std::optional<std::string> HandlerLookup::defaultApplication(const std::string& 
 }
 
 std::vector<std::string> HandlerLookup::associatedApplications(const std::string& type) const {
-  Lists lists(type);
-  std::vector<std::string> ids = associations(lists);
+  Look look({type});
+  std::vector<std::string> ids = associations(type, look);
   std::erase_if(ids, [this](const std::string& id) { return !applications_.contains(id); });
   return ids;
 }
 
-std::optional<std::string> HandlerLookup::firstNamedDefault(Lists& lists) const {
+std::optional<std::string> HandlerLookup::firstNamedDefault(const std::string& type,
+                                                            Look& look) const {
   for (const Directory& directory : directories_) {
     for (const std::string& path : defaultLists(directory)) {
-      for (const std::string& id : lists.applications(path, MimeAppsList::kDefaultApplications)) {
-        if (applications_.find(id)) {
+      for (const std::string& id :
+           look.applications(path, MimeAppsList::kDefaultApplications, type)) {
+        if (look.isInstalled(id, applications_)) {
           return id;
         }
       }
@@ -81,33 +84,31 @@ std::optional<std::string> HandlerLookup::firstNamedDefault(Lists& lists) const 
   return std::nullopt;
 }
 
-std::vector<std::string> HandlerLookup::associations(Lists& lists) const {
-  std::vector<std::string> added;
-  std::vector<std::string> removed;
+std::vector<std::string> HandlerLookup::associations(const std::string& type, Look& look) const {
+  Associations found;
   for (const Directory& directory : directories_) {
-    addAssociations(directory, lists, added, removed);
+    addAssociations(directory, type, look, found);
   }
-  return added;
+  return found.added;
 }
 
-void HandlerLookup::addAssociations(const Directory& directory, Lists& lists,
-                                    std::vector<std::string>& added,
-                                    std::vector<std::string>& removed) const {
+void HandlerLookup::addAssociations(const Directory& directory, const std::string& type, Look& look,
+                                    Associations& found) const {
   const auto add = [&](const std::vector<std::string>& ids) {
     for (const std::string& id : ids) {
-      if (!contains(added, id) && !contains(removed, id) && !isMasked(directory, id)) {
-        added.push_back(id);
+      if (!contains(found.added, id) && !contains(found.removed, id) && !isMasked(directory, id)) {
+        found.added.push_back(id);
       }
     }
   };
   // Only the list without a desktop's name may add or remove; the cache comes behind it.
   const std::string list = directory.path + "/mimeapps.list";
-  add(lists.applications(list, MimeAppsList::kAddedAssociations));
-  for (std::string& id : lists.applications(list, MimeAppsList::kRemovedAssociations)) {
-    removed.push_back(std::move(id));
+  add(look.applications(list, MimeAppsList::kAddedAssociations, type));
+  for (std::string& id : look.applications(list, MimeAppsList::kRemovedAssociations, type)) {
+    found.removed.push_back(std::move(id));
   }
   if (directory.data) {
-    add(lists.applications(directory.path + "/mimeinfo.cache", MimeAppsList::kMimeCache));
+    add(look.applications(directory.path + "/mimeinfo.cache", MimeAppsList::kMimeCache, type));
   }
 }
 

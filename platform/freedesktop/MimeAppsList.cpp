@@ -21,16 +21,16 @@ std::string_view plainKeyOf(std::string_view line) {
   return isPlain && key != kChecked ? key : std::string_view();
 }
 
-/// `text` without the entries for other types than `type`. Each line for which GKeyFile may reject
+/// `text` without the entries for other types than `types`. Each line for which GKeyFile may reject
 /// the whole text stays: one that is no plain entry, and one in front of all groups.
-std::string withoutOtherTypes(std::string_view text, const std::string& type) {
+std::string withoutOtherTypes(std::string_view text, const std::set<std::string>& types) {
   std::string result;
   bool isInGroup = false;
   while (!text.empty()) {
     const std::string_view line = text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
     isInGroup = isInGroup || line.starts_with('[');
     const std::string_view key = isInGroup ? plainKeyOf(line) : std::string_view();
-    if (key.empty() || key == type) {
+    if (key.empty() || std::find(types.begin(), types.end(), key) != types.end()) {
       result += line;
     }
     text.remove_prefix(line.size());
@@ -54,14 +54,16 @@ std::optional<MimeAppsList> MimeAppsList::read(const std::string& path) {
   return text ? parse(std::move(*text)) : std::nullopt;
 }
 
-std::optional<MimeAppsList> MimeAppsList::readAbout(const std::string& type,
+std::optional<MimeAppsList> MimeAppsList::readAbout(const std::set<std::string>& types,
                                                     const std::string& path) {
   const std::optional<std::string> text = readBoundedFileIfAny(path, kLargestList);
   if (!text) {
     return std::nullopt;
   }
-  return text->find(type) == std::string::npos ? MimeAppsList({}, nullptr)
-                                               : parse(withoutOtherTypes(*text, type));
+  const bool mentionsOne = std::any_of(types.begin(), types.end(), [&](const std::string& type) {
+    return text->find(type) != std::string::npos;
+  });
+  return mentionsOne ? parse(withoutOtherTypes(*text, types)) : MimeAppsList({}, nullptr);
 }
 
 std::vector<std::string> MimeAppsList::applications(const char* group,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,10 +26,11 @@ class MimeAppsList {
   /// is not a regular file, is over 4 MiB, or does not parse.
   static std::optional<MimeAppsList> read(const std::string& path);
 
-  /// What the list at `path` says about `type` alone: as above, but without its text, and a list
-  /// that does not mention the type counts as empty whether it parses or not. A cache has thousands
-  /// of entries for other types, which are not taken apart.
-  static std::optional<MimeAppsList> readAbout(const std::string& type, const std::string& path);
+  /// What the list at `path` says about `types` alone: as above, but without its text, and a list
+  /// that mentions none of them counts as empty whether it parses or not. A cache has thousands of
+  /// entries for other types, which are not taken apart.
+  static std::optional<MimeAppsList> readAbout(const std::set<std::string>& types,
+                                               const std::string& path);
 
   /// The desktop file ids that `group` gives for `type`, in their order.
   std::vector<std::string> applications(const char* group, const std::string& type) const;

@@ -32,6 +32,38 @@ TEST_F(LaunchServicesOfTheDesktop, RegisteringMakesTheApplicationTheDefaultThatG
             "[Added Associations]\nx-scheme-handler/vendril=com.brelto.vendril.desktop;\n");
 }
 
+TEST_F(LaunchServicesOfTheDesktop, QuestionsThatShareALookAreAnsweredAsOfTheFirstAndLaterOnesAnew) {
+  const std::string both =
+      "MimeType=x-scheme-handler/vendril;x-scheme-handler/mervale;x-scheme-handler/other;\n";
+  files_.application("one", both);
+  files_.application("other", both);
+  const auto listOf = [](const std::string& id) {
+    return "[Default Applications]\nx-scheme-handler/vendril=" + id +
+           ".desktop\nx-scheme-handler/mervale=" + id + ".desktop\nx-scheme-handler/other=" + id +
+           ".desktop\n";
+  };
+  GioLaunchServices services;
+  files_.mimeApps(listOf("one"));
+  auto look = services.shareOneLook({"mervale", "vendril"});
+  EXPECT_EQ(services.copyDefaultHandlerForURLScheme("vendril"), "one");
+  files_.mimeApps(listOf("other"));
+  EXPECT_EQ(services.copyDefaultHandlerForURLScheme("mervale"), "one");
+  EXPECT_EQ(services.copyDefaultHandlerForURLScheme("other"), "other") << "it is not for that one";
+  look.reset();
+  EXPECT_EQ(services.copyDefaultHandlerForURLScheme("mervale"), "other");
+}
+
+TEST_F(LaunchServicesOfTheDesktop, RegisteringMeansTheListsAsTheyAreWhateverLookIsShared) {
+  files_.application(kOurs, kMimeType);
+  files_.application("other", kMimeType);
+  files_.mimeApps("[Default Applications]\nx-scheme-handler/vendril=other.desktop\n");
+  GioLaunchServices services;
+  const auto look = services.shareOneLook({"mervale", "vendril"});
+  ASSERT_EQ(services.copyDefaultHandlerForURLScheme("vendril"), "other");
+  EXPECT_EQ(services.setDefaultHandlerForURLScheme("vendril", kOurs), LaunchServices::kSuccess);
+  EXPECT_EQ(handler(), kOurs);
+}
+
 TEST_F(LaunchServicesOfTheDesktop, RegisteringWorksWithoutAConfigurationDirectory) {
   files_.application(kOurs);
   std::filesystem::remove_all(home_.config());

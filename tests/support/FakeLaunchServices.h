@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,6 +23,10 @@ class FakeLaunchServices : public LaunchServices {
   std::map<std::string, std::int32_t, std::less<>> statusForHandler;
   /// What was asked, in order: "set SCHEME HANDLER", "default SCHEME", "all SCHEME".
   std::vector<std::string> history;
+  /// The schemes for which one look was to be shared, and how many defaults were asked for without
+  /// one.
+  std::vector<std::set<std::string>> looks;
+  int questionsWithoutALook = 0;
 
   std::int32_t setDefaultHandlerForURLScheme(std::string_view scheme,
                                              std::string_view bundleIdentifier) override {
@@ -38,6 +44,7 @@ class FakeLaunchServices : public LaunchServices {
 
   std::optional<std::string> copyDefaultHandlerForURLScheme(std::string_view scheme) override {
     history.push_back("default " + std::string(scheme));
+    questionsWithoutALook += look_.expired() ? 1 : 0;
     const auto entry = defaults.find(scheme);
     return entry != defaults.end() ? std::optional(entry->second) : std::nullopt;
   }
@@ -49,11 +56,21 @@ class FakeLaunchServices : public LaunchServices {
     return entry != handlers.end() ? std::optional(entry->second) : std::nullopt;
   }
 
+  std::shared_ptr<void> shareOneLook(const std::set<std::string>& schemes) override {
+    looks.push_back(schemes);
+    auto look = std::make_shared<int>();
+    look_ = look;
+    return look;
+  }
+
   /// How many times a default was set.
   std::ptrdiff_t setCount() const {
     return std::count_if(history.begin(), history.end(),
                          [](const std::string& entry) { return entry.starts_with("set "); });
   }
+
+ private:
+  std::weak_ptr<int> look_;
 };
 
 }  // namespace vendril

@@ -17,6 +17,9 @@ class ForwardingLaunchServices : public LaunchServices {
   std::optional<std::string> copyDefaultHandlerForURLScheme(std::string_view scheme) override {
     return target_.copyDefaultHandlerForURLScheme(scheme);
   }
+  std::shared_ptr<void> shareOneLook(const std::set<std::string>& schemes) override {
+    return target_.shareOneLook(schemes);
+  }
   std::optional<std::vector<std::string>> copyAllHandlersForURLScheme(
       std::string_view scheme) override {
     return target_.copyAllHandlersForURLScheme(scheme);

@@ -49,7 +49,7 @@ TEST(MimeAppsList, ReadingAboutOneTypeGivesWhatReadingTheWholeListGives) {
         group + "=x\n" + entry, group + entry + "Encoding=\xFF\n", group + entry + "a/b=x"}) {
     const std::string path = directory.write("mimeapps.list", text);
     const auto whole = MimeAppsList::read(path);
-    const auto about = MimeAppsList::readAbout(kType, path);
+    const auto about = MimeAppsList::readAbout({kType}, path);
     ASSERT_EQ(about.has_value(), whole.has_value()) << text;
     if (whole) {
       EXPECT_EQ(about->applications(kGroup, kType), whole->applications(kGroup, kType)) << text;
@@ -63,13 +63,13 @@ TEST(MimeAppsList, ListThatDoesNotMentionATypeSaysNothingAboutItWhetherItParsesO
        {std::string(), std::string("[Default Applications]\na/b=x.desktop\n"),
         std::string("rubbish\n")}) {
     const std::string path = directory.write("mimeapps.list", text);
-    const auto about = MimeAppsList::readAbout(kType, path);
+    const auto about = MimeAppsList::readAbout({kType}, path);
     ASSERT_TRUE(about) << text;
     EXPECT_THAT(about->applications(kGroup, kType), IsEmpty()) << text;
     EXPECT_FALSE(about->names(kGroup, kType)) << text;
   }
-  EXPECT_TRUE(MimeAppsList::readAbout(kType, directory / "missing"));
-  EXPECT_FALSE(MimeAppsList::readAbout(kType, directory.path()));
+  EXPECT_TRUE(MimeAppsList::readAbout({kType}, directory / "missing"));
+  EXPECT_FALSE(MimeAppsList::readAbout({kType}, directory.path()));
 }
 
 TEST(MimeAppsEdit, EmptyListGetsTheGroupAndTheLine) {

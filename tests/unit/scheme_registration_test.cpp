@@ -375,6 +375,17 @@ TEST_F(SchemeSets, OperationsOnAllSchemesCoverEveryDeclaredOne) {
   EXPECT_FALSE(handler_.isRegisteredForAllSupportedURLSchemes());
 }
 
+TEST_F(SchemeSets, CheckingSeveralSharesOneLookAtTheRegistryEachTime) {
+  ASSERT_TRUE(handler_.registerForAllSupportedURLSchemes());
+  EXPECT_TRUE(handler_.isRegisteredForAllSupportedURLSchemes());
+  EXPECT_TRUE(handler_.isRegisteredForAllSupportedURLSchemes());
+  const std::set<std::string> all{"mervale", "vendril"};
+  EXPECT_THAT(launchServices_.looks, ElementsAre(all, all));
+  EXPECT_EQ(launchServices_.questionsWithoutALook, 0);
+  EXPECT_TRUE(handler_.isRegisteredForURLScheme("vendril"));
+  EXPECT_EQ(launchServices_.questionsWithoutALook, 1);
+}
+
 TEST_F(SchemeSets, OperationsOnAllSchemesUseTheSchemesReadAtCreation) {
   host_.fakeBundle.info.erase("CFBundleURLTypes");
   EXPECT_TRUE(handler_.registerForAllSupportedURLSchemes());
