@@ -25,7 +25,7 @@ endif()
 
 if(VENDRIL_COVERAGE)
   # Several threads, and several processes of one program, count at the same time.
-  add_compile_options(--coverage -fprofile-update=atomic)
+  add_compile_options(--coverage -fprofile-update=atomic -fprofile-abs-path)
   add_link_options(--coverage)
 endif()
 if(VENDRIL_FUZZ)
