@@ -149,6 +149,20 @@ TEST_F(PracticePortal, ReportThatArrivesLaterReachesAnOpenStream) {
   EXPECT_THAT(events, HasSubstr("id: 1\n"));
 }
 
+TEST_F(PracticePortal, Only200CountsAsASuccess) {
+  for (const char* answer : {"redirect", "201", "204", "199"}) {
+    post(std::string("/report?answer=") + answer);
+  }
+  post("/report?answer=200");
+  post("/last");
+  const std::string events = eventsUntil("id: 6\n");
+  EXPECT_THAT(events, HasSubstr(R"("answer":"status 302","successful":false})"));
+  EXPECT_THAT(events, HasSubstr(R"("answer":"status 201","successful":false})"));
+  EXPECT_THAT(events, HasSubstr(R"("answer":"status 204","successful":false})"));
+  EXPECT_THAT(events, HasSubstr(R"(there is no such answer","successful":false})"));
+  EXPECT_THAT(events, HasSubstr(R"("answer":"status 200","successful":true})"));
+}
+
 TEST_F(PracticePortal, ReturningReaderGetsOnlyWhatItHasNotSeen) {
   post("/report", "session_id=seen");
   post("/report", "session_id=unseen");

@@ -47,6 +47,13 @@ TEST(ToolChecks, IdOfTheUserBehindSudoIsUsedOnlyWhenItIsANumber) {
   }
 }
 
+TEST(ToolChecks, RootWhoBecameRootAnewLooksAtHerOwnSession) {
+  SessionFacts facts;
+  facts.sudoUser = "root";
+  facts.sudoUserId = "0";
+  expectCheck(sessionCheck(facts), "reached", Level::ok, std::nullopt);
+}
+
 TEST(ToolChecks, BusThatIsThereButNotNamedIsNamed) {
   SessionFacts facts;
   facts.bus = Bus::State::unnamed;
@@ -54,6 +61,14 @@ TEST(ToolChecks, BusThatIsThereButNotNamedIsNamed) {
   facts.likelyBus = "unix:path=/run/user/1000/bus";
   expectCheck(sessionCheck(facts), "no-bus", Level::error,
               "export DBUS_SESSION_BUS_ADDRESS=unix:path=/run/user/1000/bus");
+}
+
+TEST(ToolChecks, FilesOfThePackageComeFromThePackageAgainAndOthersFromTheBuild) {
+  Surroundings surroundings;
+  surroundings.program = "/usr/bin/vendril";
+  EXPECT_EQ(surroundings.reinstallCommand(), "sudo apt-get install --reinstall vendril");
+  surroundings.program = "/usr/local/bin/vendril";
+  EXPECT_EQ(surroundings.reinstallCommand(), "cmake --install build/release --prefix /usr/local");
 }
 
 class AgentChecks : public ::testing::Test {
@@ -206,6 +221,14 @@ TEST(ToolChecks, SchemeWithoutAnyHandlerIsAsBadAsOneWithAForeignOne) {
   expectCheck(handlerCheck(facts), "no-handler", Level::error, "vendrilctl register");
   facts.handler = "rival";
   expectCheck(handlerCheck(facts), "other-handler", Level::error, "vendrilctl register");
+}
+
+TEST(ToolChecks, OthersWhoCouldOpenTheLinksAreNamedWithoutTheAgent) {
+  HandlerFacts facts{"vendril", true, "com.brelto.vendril", {"com.brelto.vendril"}, ""};
+  EXPECT_EQ(handlerCheck(facts).summary, "the agent opens vendril links");
+  facts.candidates = {"rival", "com.brelto.vendril", "other"};
+  expectCheck(handlerCheck(facts), "default", Level::ok, std::nullopt);
+  EXPECT_EQ(handlerCheck(facts).summary, "the agent opens vendril links; so could rival, other");
 }
 
 TEST(ToolChecks, ListThatCannotBeReadIsAnErrorThatItsOwnerCanMend) {

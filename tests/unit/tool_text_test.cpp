@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "support/JsonText.h"
+#include "support/ScopedTimeZone.h"
 #include "tools/Answer.h"
 #include "tools/LogLines.h"
 #include "tools/Status.h"
@@ -81,15 +82,15 @@ TEST(ToolText, StatusInAPipeIsOneLineForEachFinding) {
 }
 
 TEST(ToolText, StatusOnATerminalIsATableWithOrWithoutColours) {
-  std::vector<Check> checks{finding(Level::note, "one"), finding(Level::warning, "longer")};
+  std::vector<Check> checks{finding(Level::note, "longer"), finding(Level::warning, "one")};
   checks[1].remedy = "mend it";
   EXPECT_EQ(statusText("Vendril", checks, {true, false}),
             "Vendril: degraded\n"
-            "  note     one     what\\x1b is\n"
-            "  warning  longer  what\\x1b is\n"
+            "  note     longer  what\\x1b is\n"
+            "  warning  one     what\\x1b is\n"
             "                   mend: mend it\n");
   EXPECT_THAT(statusText("Vendril", checks, {true, true}),
-              HasSubstr("  \x1B[33mwarning\x1B[0m  longer  what\\x1b is\n"));
+              HasSubstr("  \x1B[33mwarning\x1B[0m  one     what\\x1b is\n"));
 }
 
 TEST(ToolText, WorstFindingDecidesTheWhole) {
@@ -110,6 +111,14 @@ TEST(ToolText, RecordOfTheJournalIsReadWithTextOrBytes) {
   EXPECT_FALSE(fromJournal("-- No entries --"));
   EXPECT_FALSE(fromJournal("[1]"));
   EXPECT_FALSE(fromJournal(""));
+}
+
+TEST(ToolText, TimeOfARecordOfTheJournalIsThatOfTheLog) {
+  const ScopedTimeZone zone("UTC0");
+  const auto record =
+      fromJournal(R"({"MESSAGE":"a","_PID":"7","__REALTIME_TIMESTAMP":"1767323045678901"})");
+  ASSERT_TRUE(record);
+  EXPECT_EQ(lineText(*record), "2026-01-02 03:04:05.678 vendril[7] a\n");
 }
 
 TEST(ToolText, LineOfTheLogFileWithoutATimeGoesOnWithTheRecordBefore) {
