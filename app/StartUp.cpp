@@ -27,8 +27,7 @@ void ZQN5VendrilAppDelegate::applicationWillFinishLaunching() {
 }
 
 void ZQN5VendrilAppDelegate::applicationDidFinishLaunching() {
-  bool addToLoginItems = true;
-  readCommandLine(addToLoginItems);
+  const bool addToLoginItems = readCommandLine();
   if (addToLoginItems) {
     addToLoginItemsIfNeeded();
   } else {
@@ -45,7 +44,9 @@ void ZQN5VendrilAppDelegate::applicationWillTerminate() {
   protocolHandler().pause();
 }
 
-void ZQN5VendrilAppDelegate::readCommandLine(bool& addToLoginItems) {
+/// Returns whether the application may be added to the login items.
+bool ZQN5VendrilAppDelegate::readCommandLine() {
+  bool addToLoginItems = true;
   for (const std::string& argument : Host::current().processInfo().arguments()) {
     if (argument == "dont-search-for-brelto-orvanta") {
       searchForBreltoOrvanta_ = false;
@@ -53,6 +54,7 @@ void ZQN5VendrilAppDelegate::readCommandLine(bool& addToLoginItems) {
       addToLoginItems = false;
     }
   }
+  return addToLoginItems;
 }
 
 void ZQN5VendrilAppDelegate::addToLoginItemsIfNeeded() {

@@ -93,7 +93,7 @@ class ZQN5VendrilAppDelegate : public ApplicationDelegate,
   void showAlert();
 
  private:
-  void readCommandLine(bool& addToLoginItems);
+  bool readCommandLine();
   void addToLoginItemsIfNeeded();
   bool registerSchemesIfNeeded();
   PropertyList::Dictionary processDetails() const;

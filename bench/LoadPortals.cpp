@@ -105,7 +105,7 @@ void LoadPortals::watch(int descriptor, std::uint64_t identifier) const {
 }
 
 std::string LoadPortals::addressFor(PortalKind kind, std::size_t session) {
-  std::size_t index = static_cast<std::size_t>(kind);
+  auto index = static_cast<std::size_t>(kind);
   if (kind == PortalKind::silent) {
     index += silentTurn_++ % kSilentPortals;
   }

@@ -82,7 +82,7 @@ std::optional<PlainConfiguration> plainLoad(const std::string& path) {
   const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
   plist_t root = nullptr;
   plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &root);
-  plist_t const values = plist_dict_get_item(root, "PublishedConfiguration");
+  void* const values = plist_dict_get_item(root, "PublishedConfiguration");
   std::optional<PlainConfiguration> result;
   if (values != nullptr) {
     result = {textIn(values, "AppName"),        textIn(values, "AppVersion"),

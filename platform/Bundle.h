@@ -20,6 +20,10 @@ class Bundle {
   /// The bundle's identifier as the information file spells it; nothing when it names none.
   virtual std::optional<std::string> bundleIdentifier() const = 0;
 
+  /// The same in lower case, as the desktop and its registries know the application; empty when the
+  /// information file names none.
+  std::string lowercaseIdentifier() const;
+
   /// The value of one entry of the information file; nothing when there is none.
   virtual std::optional<PropertyList> objectForInfoDictionaryKey(std::string_view key) const = 0;
 

@@ -1,5 +1,7 @@
 #include "platform/PercentEncoding.h"
 
+#include <algorithm>
+
 #include "platform/Utf8.h"
 
 namespace vendril {

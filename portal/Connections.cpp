@@ -44,7 +44,7 @@ void resetConnection(int port, int peer) {
       // To connect to no address resets a connection at once. A close with SO_LINGER would come
       // after the library's orderly shutdown, and the client could see that instead.
       const sockaddr nowhere{.sa_family = AF_UNSPEC, .sa_data = {}};
-      ::connect(descriptor, &nowhere, sizeof nowhere);
+      static_cast<void>(::connect(descriptor, &nowhere, sizeof nowhere));
     }
   });
 }

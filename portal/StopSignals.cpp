@@ -1,7 +1,7 @@
 #include "portal/StopSignals.h"
 
 #include <pthread.h>
-#include <signal.h>
+#include <signal.h>  // NOLINT(modernize-deprecated-headers): sigwait is not in <csignal>
 
 #include <utility>
 
@@ -22,6 +22,8 @@ StopSignals::StopSignals(std::function<void()> block) {
 }
 
 StopSignals::~StopSignals() {
+  // Ends nothing but the waiting: the signal is blocked, and sigwait takes it.
+  // NOLINTNEXTLINE(bugprone-bad-signal-to-kill-thread)
   ::pthread_kill(thread_.native_handle(), SIGTERM);
 }
 

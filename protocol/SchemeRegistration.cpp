@@ -61,7 +61,7 @@ bool ZQN5ProtocolHandler::isValidScheme(const std::string& scheme) const {
 }
 
 std::string ZQN5ProtocolHandler::bundleIdentifier() {
-  return asciiLowercase(Host::current().bundle().bundleIdentifier().value_or(""));
+  return Host::current().bundle().lowercaseIdentifier();
 }
 
 bool ZQN5ProtocolHandler::registerForURLScheme(const std::string& scheme) const {

@@ -37,7 +37,7 @@ Answer handlersAfter(const Tool& tool, const char* command, bool succeeded,
 /// True when there is nobody else who could be the handler of the agent's schemes among `chosen`.
 bool isOnlyHandler(const Tool& tool, const ZQN5ProtocolHandler& handler,
                    const ZQN5ProtocolHandler::Schemes& chosen) {
-  const ZQN5ProtocolHandler::Schemes own = handler.supportedURLSchemes();
+  const ZQN5ProtocolHandler::Schemes& own = handler.supportedURLSchemes();
   return std::all_of(chosen.begin(), chosen.end(), [&](const std::string& scheme) {
     const auto handlers = tool.host.launchServices().copyAllHandlersForURLScheme(scheme);
     return own.contains(scheme) && handlers && handlers->size() <= 1;

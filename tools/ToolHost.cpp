@@ -3,8 +3,6 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include "platform/AsciiCase.h"
-
 namespace vendril::tools {
 namespace {
 
@@ -35,8 +33,7 @@ ToolHost::ToolHost(int argc, char** argv, SystemLog& log)
     : log_(log),
       processInfo_(argc, argv),
       bundle_(agentBesideTheTool()),
-      userDefaults_(userDefaultsPath(userDirectories_,
-                                     asciiLowercase(bundle_.bundleIdentifier().value_or(""))),
+      userDefaults_(userDefaultsPath(userDirectories_, bundle_.lowercaseIdentifier()),
                     propertyListFiles_, log_),
       sessionLoginItems_(bundle_),
       urlEvents_(log_) {}

@@ -6,7 +6,6 @@
 
 #include <cerrno>
 
-#include "platform/AsciiCase.h"
 #include "platform/freedesktop/AtomicFile.h"
 #include "platform/freedesktop/AutostartEntry.h"
 
@@ -42,12 +41,6 @@ class AutostartItem : public LoginItem {
   AutostartFile file_;
   std::optional<Url> target_;
 };
-
-/// The lower-case identifier, under which the desktop knows the application.
-std::optional<std::string> desktopId(const Bundle& bundle) {
-  const std::optional<std::string> id = bundle.bundleIdentifier();
-  return id ? std::optional(asciiLowercase(*id)) : std::nullopt;
-}
 
 /// The names that the application's own entries may have, in the order in which they are tried.
 std::string ownName(const std::string& id, int number) {
@@ -87,18 +80,18 @@ std::vector<SessionLoginItems::Item> AutostartLoginItems::copySnapshot() {
 
 SessionLoginItems::Item AutostartLoginItems::insertItemAtEnd(
     const Url& url, const PropertyList::Dictionary& properties) {
-  const std::optional<std::string> id = desktopId(bundle_);
+  const std::string id = bundle_.lowercaseIdentifier();
   const std::optional<std::string> program = url.fileSystemPath();
-  if (!id || !program || !makeUsersDirectory()) {
+  if (id.empty() || !program || !makeUsersDirectory()) {
     return nullptr;
   }
-  const AutostartEntryContent content{.name = bundle_.infoString("CFBundleName").value_or(*id),
-                                      .icon = *id,
+  const AutostartEntryContent content{.name = bundle_.infoString("CFBundleName").value_or(id),
+                                      .icon = id,
                                       .program = *program,
                                       .hideOnLaunch = hideOnLaunch(properties)};
   constexpr int kMostNames = 100;  // nobody has as many installations
   for (int number = 1; number <= kMostNames; ++number) {
-    const std::string name = ownName(*id, number);
+    const std::string name = ownName(id, number);
     if (const auto text = textUnder(name, content)) {
       return write(name, *text);
     }
@@ -130,11 +123,11 @@ bool AutostartLoginItems::isItem(const AutostartFile& file) const {
 }
 
 bool AutostartLoginItems::isOwn(std::string_view name) const {
-  const std::optional<std::string> id = desktopId(bundle_);
-  if (!id || !name.starts_with(*id) || !name.ends_with(kSuffix)) {
+  const std::string id = bundle_.lowercaseIdentifier();
+  if (id.empty() || !name.starts_with(id) || !name.ends_with(kSuffix)) {
     return false;
   }
-  name.remove_prefix(id->size());
+  name.remove_prefix(id.size());
   name.remove_suffix(kSuffix.size());
   return name.empty() || (name.size() > 1 && name.front() == '-' &&
                           name.find_first_not_of("0123456789", 1) == name.npos);

@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <utility>
 
-#include "platform/AsciiCase.h"
 #include "platform/freedesktop/HelperAlert.h"
 #include "platform/freedesktop/ThreadOperationQueue.h"
 
@@ -19,31 +18,27 @@ std::string alertHelperPath(const Bundle& bundle) {
   return (program.parent_path() / kAlertHelper).lexically_normal();
 }
 
-/// The name under which the desktop knows the application.
-std::string desktopId(const Bundle& bundle) {
-  return asciiLowercase(bundle.bundleIdentifier().value_or(""));
-}
-
-/// The bus tells a service that it starts which bus it is.
-bool isStartedByBus() {
-  return std::getenv("DBUS_STARTER_ADDRESS") != nullptr;
+/// The bus tells a service that it starts which bus it is, and so do the service's own children
+/// tell theirs; but it gives a service no words.
+bool isStartedByBus(int argc) {
+  return argc == 1 && std::getenv("DBUS_STARTER_ADDRESS") != nullptr;
 }
 
 }  // namespace
 
 FreedesktopHost::FreedesktopHost(int argc, char** argv, SchemeReader schemesOf)
     : processInfo_(argc, argv),
-      userDefaults_(userDefaultsPath(userDirectories_, desktopId(bundle_)), propertyListFiles_,
-                    systemLog_),
+      userDefaults_(userDefaultsPath(userDirectories_, bundle_.lowercaseIdentifier()),
+                    propertyListFiles_, systemLog_),
       sessionLoginItems_(bundle_),
       urlEvents_(systemLog_),
-      application_(systemLog_, urlEvents_, desktopId(bundle_),
+      application_(systemLog_, urlEvents_, bundle_.lowercaseIdentifier(),
                    [this, schemesOf = std::move(schemesOf)] { return schemesOf(bundle_); }),
       urlConnection_(std::make_unique<CurlUrlConnection>()) {
   CurlUrlConnection::prepareProcess();
   // Most links lead to a request, whose libraries are loaded while the link is still being handled.
   urlEvents_.setArrivalNotice([this] { urlConnection_->prepare(); });
-  if (isStartedByBus()) {
+  if (isStartedByBus(argc)) {
     // With a link, as a rule.
     urlConnection_->prepare();
   }

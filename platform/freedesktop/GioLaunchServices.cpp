@@ -5,7 +5,6 @@
 
 #include <algorithm>
 
-#include "platform/AsciiCase.h"
 #include "platform/freedesktop/AtomicFile.h"
 #include "platform/freedesktop/DirectoryLock.h"
 #include "platform/freedesktop/MimeAppsList.h"
@@ -15,11 +14,6 @@ namespace {
 
 constexpr std::string_view kIdSuffix = ".desktop";
 constexpr std::chrono::seconds kLockPatience(5);
-
-/// The type under which applications register for a scheme; GIO looks schemes up in lower case.
-std::string handlerType(std::string_view scheme) {
-  return "x-scheme-handler/" + asciiLowercase(scheme);
-}
 
 /// By RFC 3986, section 3.1. Nothing else can be the key of a list.
 bool isScheme(std::string_view text) {

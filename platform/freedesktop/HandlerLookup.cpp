@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/AsciiCase.h"
+
 namespace vendril {
 namespace {
 
@@ -29,6 +31,10 @@ bool HandlerLookup::Look::isInstalled(const std::string& id,
     entry->second = applications.find(id).has_value();
   }
   return entry->second;
+}
+
+std::string handlerType(std::string_view scheme) {
+  return "x-scheme-handler/" + asciiLowercase(scheme);
 }
 
 HandlerLookup::HandlerLookup(const XdgPaths& paths)

@@ -4,6 +4,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -12,6 +13,9 @@
 #include "platform/freedesktop/XdgPaths.h"
 
 namespace vendril {
+
+/// The type under which applications register for a scheme; GIO looks schemes up in lower case.
+std::string handlerType(std::string_view scheme);
 
 /// Finds the applications for a type by the rules of the MIME applications associations, in GIO's
 /// order. Nothing is kept between questions but what they share in a look.

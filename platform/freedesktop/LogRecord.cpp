@@ -81,15 +81,15 @@ void appendLine(std::string& out, std::string_view line) {
 /// process.
 struct SecondText {
   std::optional<std::chrono::sys_seconds> second;
-  std::array<char, 32> text;
-  std::size_t length;
+  std::array<char, 32> text{};
+  std::size_t length = 0;
 };
 
 }  // namespace
 
 // A local time costs as much as the rest of a record, and records come many in one second.
 void appendRecordTime(std::string& out, Date time) {
-  thread_local SecondText last{};
+  thread_local SecondText last;
   const auto second = std::chrono::floor<std::chrono::seconds>(time);
   if (last.second != second) {
     const std::string text = DateFormatter("yyyy-MM-dd HH:mm:ss").stringFromDate(time);

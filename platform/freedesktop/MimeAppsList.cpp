@@ -30,7 +30,8 @@ std::string withoutOtherTypes(std::string_view text, const std::set<std::string>
     const std::string_view line = text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
     isInGroup = isInGroup || line.starts_with('[');
     const std::string_view key = isInGroup ? plainKeyOf(line) : std::string_view();
-    if (key.empty() || std::find(types.begin(), types.end(), key) != types.end()) {
+    if (key.empty() || std::any_of(types.begin(), types.end(),
+                                   [key](const std::string& type) { return type == key; })) {
       result += line;
     }
     text.remove_prefix(line.size());

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <optional>
 #include <string_view>
 #include <utility>
 

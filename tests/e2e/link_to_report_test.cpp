@@ -11,7 +11,9 @@
 namespace vendril {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::HasSubstr;
+using ::testing::Not;
 using ::testing::Pair;
 using ::testing::UnorderedElementsAre;
 
@@ -100,6 +102,23 @@ TEST_F(LinkToReport, SecondProcessHandsItsLinkOverAndExits) {
   EXPECT_EQ(second->waitForExit(), 0) << second->err();
   EXPECT_TRUE(portal.waitForRequests(1)) << first->err();
   EXPECT_EQ(agent.ownerProcess(), first->pid());
+}
+
+TEST_F(LinkToReport, LibcurlIsLoadedForALinkAndNotByASecondProcessEvenBelowAServiceOfTheBus) {
+  const std::string loaded = agent.home().root() / "loaded";
+  // The loader tells in one file for each process what it loads.
+  const ChildProcess::Environment changes{{"LD_DEBUG", "files"},
+                                          {"LD_DEBUG_OUTPUT", loaded},
+                                          {"DBUS_STARTER_ADDRESS", "unix:path=/nonexistent"}};
+  const auto librariesOf = [&](const ChildProcess& process) {
+    return readFile(loaded + "." + std::to_string(process.pid()));
+  };
+  ChildProcess first({InstalledAgent::program(), link("1")}, changes);
+  ASSERT_TRUE(portal.waitForRequests(1)) << first.err();
+  ChildProcess second({InstalledAgent::program(), link("2")}, changes);
+  EXPECT_EQ(second.waitForExit(), 0) << second.err();
+  EXPECT_THAT(librariesOf(first), HasSubstr("libcurl.so"));
+  EXPECT_THAT(librariesOf(second), AllOf(HasSubstr("libgio"), Not(HasSubstr("libcurl.so"))));
 }
 
 TEST_F(LinkToReport, StoppedAgentDoesNotHangASecondProcess) {

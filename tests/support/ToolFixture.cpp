@@ -41,7 +41,10 @@ ProgramRun ToolFixture::run(Words arguments, const ChildProcess::Environment& ch
 
 ToolFixture::Object ToolFixture::json(Words arguments, const ChildProcess::Environment& changes) {
   arguments.emplace_back("--json");
-  return parseJsonObject(run(std::move(arguments), changes).out);
+  const ProgramRun answer = run(std::move(arguments), changes);
+  EXPECT_THAT(answer.out, testing::StartsWith("{"))
+      << "it ended with " << answer.status << " and this on standard error: " << answer.err;
+  return parseJsonObject(answer.out);
 }
 
 ToolFixture::Object ToolFixture::check(const std::string& name,

@@ -95,9 +95,7 @@ Check programCheck(const AgentFacts& facts) {
   Check check{"program",     "installed",  Level::ok,
               facts.program, std::nullopt, {{"path", facts.program}}};
   if (!facts.isInstalled) {
-    check.verdict = "missing";
-    check.level = Level::error;
-    check.summary = facts.program + " is not there or cannot be run";
+    check.find("missing", Level::error, facts.program + " is not there or cannot be run");
     check.remedy = facts.reinstallCommand;
   }
   return check;

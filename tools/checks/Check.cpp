@@ -1,5 +1,7 @@
 #include "tools/checks/Check.h"
 
+#include <utility>
+
 #include <algorithm>
 
 namespace vendril::tools {
@@ -16,6 +18,12 @@ std::string_view nameOf(Level level) {
       break;
   }
   return "error";
+}
+
+void Check::find(std::string otherVerdict, Level otherLevel, std::string otherSummary) {
+  verdict = std::move(otherVerdict);
+  level = otherLevel;
+  summary = std::move(otherSummary);
 }
 
 Level worstOf(const std::vector<Check>& checks) {

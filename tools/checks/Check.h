@@ -34,6 +34,9 @@ struct Check {
   /// The shell command that mends it; nothing when nothing is wrong or no command can.
   std::optional<std::string> remedy;
   PropertyList::Dictionary details;
+
+  /// Puts another finding in the place of what was expected.
+  void find(std::string otherVerdict, Level otherLevel, std::string otherSummary);
 };
 
 /// The gravest level among the findings.

@@ -74,33 +74,28 @@ Check configurationCheck(const ConfigurationFacts& facts) {
     case File::published:
       break;
     case File::missing:
-      check.verdict = "missing";
-      check.level = Level::warning;
-      check.summary = facts.path +
-                      " is not there: the client has published nothing, and the built-in default "
-                      "is reported; start the client once";
+      check.find("missing", Level::warning,
+                 facts.path +
+                     " is not there: the client has published nothing, and the built-in default "
+                     "is reported; start the client once");
       break;
     case File::unreadable:
-      check.verdict = "unreadable";
-      check.level = Level::error;
-      check.summary = facts.path + " cannot be read; the built-in default is reported";
+      check.find("unreadable", Level::error,
+                 facts.path + " cannot be read; the built-in default is reported");
       if (facts.isFileOwn) {
         check.remedy = "chmod u+r " + shellWord(facts.path);
       }
       break;
     case File::malformed:
-      check.verdict = "malformed";
-      check.level = Level::error;
-      check.summary = facts.path +
-                      " holds no published configuration; the built-in default is reported until "
-                      "the client publishes anew";
+      check.find("malformed", Level::error,
+                 facts.path +
+                     " holds no published configuration; the built-in default is reported until "
+                     "the client publishes anew");
       check.remedy =
           "mv -T --backup=numbered " + shellWord(facts.path) + " " + shellWord(facts.path + ".bad");
       break;
     case File::noHome:
-      check.verdict = "no-home";
-      check.level = Level::error;
-      check.summary = "neither a home directory nor XDG_CONFIG_HOME is known";
+      check.find("no-home", Level::error, "neither a home directory nor XDG_CONFIG_HOME is known");
       break;
   }
   return check;
@@ -114,25 +109,21 @@ Check clientCheck(const ConfigurationFacts& facts) {
     case Client::found:
       break;
     case Client::notExecutable:
-      check.verdict = "not-executable";
-      check.level = Level::warning;
-      check.summary = facts.executablePath + " is there but cannot be run";
+      check.find("not-executable", Level::warning,
+                 facts.executablePath + " is there but cannot be run");
       if (facts.isClientOwn) {
         check.remedy = "chmod +x -- " + shellWord(facts.executablePath);
       }
       break;
     case Client::missing:
-      check.verdict = "missing";
-      check.level = Level::error;
-      check.summary = facts.executablePath +
-                      " is not there; until the client is installed again, the portal is told that "
-                      "it can do nothing";
+      check.find("missing", Level::error,
+                 facts.executablePath +
+                     " is not there; until the client is installed again, the portal is told that "
+                     "it can do nothing");
       break;
     case Client::unnamed:
-      check.verdict = "unnamed";
-      check.level = Level::warning;
-      check.summary =
-          "no executable is published; the portal is told that the client can do nothing";
+      check.find("unnamed", Level::warning,
+                 "no executable is published; the portal is told that the client can do nothing");
       break;
   }
   return check;

@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "platform/FileSystem.h"
+#include "platform/freedesktop/HandlerLookup.h"
 #include "platform/freedesktop/InstalledApplications.h"
 #include "platform/freedesktop/MimeAppsList.h"
 
@@ -14,10 +15,6 @@ namespace vendril::tools {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string handlerType(const std::string& scheme) {
-  return "x-scheme-handler/" + scheme;
-}
 
 DesktopEntryFacts::Entry readEntry(const std::string& path, const std::string& name,
                                    const std::vector<std::string>& schemes) {

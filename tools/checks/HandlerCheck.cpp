@@ -71,10 +71,9 @@ Check handlerCheck(const HandlerFacts& facts) {
     check.details.emplace("handler", *facts.handler);
   }
   if (!facts.isRegistered) {
-    check.verdict = facts.handler ? "other-handler" : "no-handler";
-    check.level = Level::error;
-    check.summary = facts.handler ? *facts.handler + " opens " + facts.scheme + " links"
-                                  : "nothing opens " + facts.scheme + " links";
+    check.find(facts.handler ? "other-handler" : "no-handler", Level::error,
+               facts.handler ? *facts.handler + " opens " + facts.scheme + " links"
+                             : "nothing opens " + facts.scheme + " links");
     check.remedy = facts.remedy;
   } else if (facts.candidates.size() > 1) {
     std::vector<std::string> others = facts.candidates;
@@ -109,18 +108,16 @@ Check associationsCheck(const AssociationsFacts& facts) {
   Check check{"associations", "readable",   Level::ok,
               facts.path,     std::nullopt, {{"path", facts.path}}};
   if (!facts.isReadable) {
-    check.verdict = "unreadable";
-    check.level = Level::error;
-    check.summary = facts.path + " cannot be read, so nobody can be made the default handler";
+    check.find("unreadable", Level::error,
+               facts.path + " cannot be read, so nobody can be made the default handler");
     if (facts.isOwnWithoutRight) {
       check.remedy = "chmod u+r " + shellWord(facts.path);
     }
   } else if (facts.badLine > 0) {
-    check.verdict = "malformed";
-    check.level = Level::error;
-    check.summary =
+    check.find(
+        "malformed", Level::error,
         fmt::format("line {} of {} does not parse, so the list is neither followed nor changed: {}",
-                    facts.badLine, facts.path, facts.badText);
+                    facts.badLine, facts.path, facts.badText));
     check.remedy = fmt::format("sed -i --follow-symlinks '{}s/^/# /' {}", facts.badLine,
                                shellWord(facts.path));
     check.details.emplace("line", static_cast<std::int64_t>(facts.badLine));

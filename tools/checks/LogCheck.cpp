@@ -89,18 +89,14 @@ Check logDirectoryCheck(const LogFacts& facts) {
     case LogFacts::Directory::usable:
       break;
     case LogFacts::Directory::creatable:
-      check.verdict = "will-be-created";
-      check.summary = facts.directory + " is created with the next link";
+      check.find("will-be-created", Level::ok, facts.directory + " is created with the next link");
       break;
     case LogFacts::Directory::unnamed:
-      check.verdict = "unnamed";
-      check.level = Level::note;
-      check.summary = "none is published, so there is no log file";
+      check.find("unnamed", Level::note, "none is published, so there is no log file");
       break;
     case LogFacts::Directory::unusable:
-      check.verdict = "not-writable";
-      check.level = Level::warning;
-      check.summary = facts.directory + " cannot be written, so there is no log file";
+      check.find("not-writable", Level::warning,
+                 facts.directory + " cannot be written, so there is no log file");
       check.remedy = remedyFor(facts);
       break;
   }

@@ -80,19 +80,14 @@ Check loginItemCheck(const LoginItemFacts& facts) {
     check.details.emplace("path", facts.path);
   }
   if (facts.isSwitchedOff) {
-    check.verdict = "switched-off";
-    check.level = Level::note;
-    check.summary = facts.path + " has been switched off; the first link starts the agent";
+    check.find("switched-off", Level::note,
+               facts.path + " has been switched off; the first link starts the agent");
     check.remedy = on;
   } else if (facts.error && !facts.isOn) {
-    check.verdict = "broken";
-    check.level = Level::warning;
-    check.summary = facts.path + " starts nothing: " + *facts.error;
+    check.find("broken", Level::warning, facts.path + " starts nothing: " + *facts.error);
     check.remedy = on;
   } else if (!facts.isOn) {
-    check.verdict = "off";
-    check.level = Level::note;
-    check.summary = "the agent does not start at login; the first link starts it";
+    check.find("off", Level::note, "the agent does not start at login; the first link starts it");
     check.remedy = on;
   }
   return check;
@@ -107,10 +102,9 @@ Check staleLoginItemsCheck(const LoginItemFacts& facts) {
   }
   check.details.emplace("items", items);
   if (!facts.stale.empty()) {
-    check.verdict = "found";
-    check.level = Level::warning;
-    check.summary = fmt::format("left by an earlier installation: {} ({})",
-                                facts.stale.front().name, facts.stale.front().target);
+    check.find("found", Level::warning,
+               fmt::format("left by an earlier installation: {} ({})", facts.stale.front().name,
+                           facts.stale.front().target));
     if (facts.stale.size() > 1) {
       check.summary += fmt::format(" and {} more", facts.stale.size() - 1);
     }
