@@ -28,8 +28,7 @@ std::optional<PropertyList::Dictionary> publishedDictionary(
     return std::nullopt;
   }
   const auto value = root->find(kRootKey);
-  auto* dictionary =
-      value != root->end() ? value->second.get<PropertyList::Dictionary>() : nullptr;
+  auto* dictionary = value != root->end() ? value->second.get<PropertyList::Dictionary>() : nullptr;
   return dictionary != nullptr ? std::optional(std::move(*dictionary)) : std::nullopt;
 }
 
