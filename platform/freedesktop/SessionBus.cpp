@@ -13,20 +13,33 @@ constexpr guint32 kDoNotQueue = 4;
 constexpr guint32 kPrimaryOwner = 1;
 constexpr guint32 kAlreadyOwner = 4;
 
+constexpr auto kClientOfABus = static_cast<GDBusConnectionFlags>(
+    G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+
 }  // namespace
 
 std::unique_ptr<SessionBus> SessionBus::connect(SystemLog& log, Gone gone) {
+  GErrorSlot error;
+  const GCharPtr address(g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SESSION, nullptr, error.out()));
+  if (!address) {
+    log.write(formatMessage("There is no session bus: %s", error.message()));
+    return nullptr;
+  }
+  // Not the connection that GIO shares: it ends the process when the bus goes away, until it is
+  // told not to, which may be too late.
   BoundedWait wait(kBusAnswerLimit);
-  g_bus_get(G_BUS_TYPE_SESSION, wait.cancellable(), BoundedWait::finish, wait.userData());
+  g_dbus_connection_new_for_address(address.get(), kClientOfABus, nullptr, wait.cancellable(),
+                                    BoundedWait::finish, wait.userData());
   GAsyncResult* result = wait.result();
   if (result == nullptr) {
     log.write("The session bus does not answer; going on without it");
     return nullptr;
   }
-  GErrorSlot error;
-  GObjectPtr<GDBusConnection> connection(g_bus_get_finish(result, error.out()));
+  GErrorSlot refusal;
+  GObjectPtr<GDBusConnection> connection(
+      g_dbus_connection_new_for_address_finish(result, refusal.out()));
   if (!connection) {
-    log.write(formatMessage("There is no session bus: %s", error.message()));
+    log.write(formatMessage("There is no session bus: %s", refusal.message()));
     return nullptr;
   }
   return std::unique_ptr<SessionBus>(new SessionBus(std::move(connection), log, std::move(gone)));
@@ -34,7 +47,6 @@ std::unique_ptr<SessionBus> SessionBus::connect(SystemLog& log, Gone gone) {
 
 SessionBus::SessionBus(GObjectPtr<GDBusConnection> connection, SystemLog& log, Gone gone)
     : connection_(std::move(connection)), log_(log), gone_(std::move(gone)) {
-  g_dbus_connection_set_exit_on_close(connection_.get(), FALSE);
   closedHandler_ = g_signal_connect(connection_.get(), "closed", G_CALLBACK(onClosed), this);
 }
 
