@@ -46,6 +46,14 @@ TEST_F(ApplicationTest, TerminateBeforeTheLoopRunsEndsTheApplication) {
   EXPECT_THAT(record(), ElementsAre("will", "held t:never", "did", "terminate"));
 }
 
+TEST_F(ApplicationTest, LinkThatComesWhileTheNameIsGivenBackIsTakenBeforeTheApplicationEnds) {
+  // The link arrives with the name, and is not looked at before the end.
+  bus_.addService(kName, std::string("/usr/bin/env TEST_AGENT_QUITS_AT_LAUNCH=1 ") + kProgram);
+  EXPECT_EQ(client_.open(kName, kPath, {"t:last"}), "");
+  ASSERT_TRUE(waitForRecord("terminate"));
+  EXPECT_THAT(record(), ElementsAre("will", "did", "held t:last", "terminate"));
+}
+
 TEST_F(ApplicationTest, TerminateWhileALinkIsHandledStillAnswersTheCaller) {
   const Process agent = startFirst();
   EXPECT_EQ(client_.open(kName, kPath, {"t:quit", "t:after"}), "");

@@ -119,6 +119,13 @@ TEST_F(LaunchServicesOfTheDesktop, ListThatDoesNotParseIsRefusedAndNeverWritten)
   }
 }
 
+TEST_F(LaunchServicesOfTheDesktop, ListThatBecomesTooLongToBeFollowedIsAnUnknownError) {
+  constexpr std::size_t kLongest = std::size_t{4} << 20U;
+  files_.application(kOurs);
+  files_.mimeApps("#" + std::string(kLongest - 2, 'x') + "\n");
+  EXPECT_EQ(registerOurs(), LaunchServices::kUnknownError);
+}
+
 TEST_F(LaunchServicesOfTheDesktop, UnknownApplicationIsRefusedAndNothingIsWritten) {
   files_.application("hidden", "Hidden=true\n");
   files_.application("gone", "TryExec=/nonexistent/program\n");
