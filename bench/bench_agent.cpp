@@ -12,8 +12,10 @@
 
 #include "bench/Measurements.h"
 
-int main(int argc, char** argv) try {
-  using namespace vendril::bench;
+namespace vendril::bench {
+namespace {
+
+int run(int argc, char** argv) {
   Options options;
   CLI::App app("Measures the agent against the floor program and a handler script.");
   app.add_option("agent", options.agent.program, "Path of the agent")->required();
@@ -50,6 +52,13 @@ int main(int argc, char** argv) try {
     }
   }
   return table.passed() ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace vendril::bench
+
+int main(int argc, char** argv) try {
+  return vendril::bench::run(argc, argv);
 } catch (const std::exception& error) {
   fmt::print(stderr, "bench_agent: {}\n", error.what());
   return 1;

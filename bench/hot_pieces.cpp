@@ -49,7 +49,7 @@ void escapeOurs(benchmark::State& state) {
   CharacterSet allowed = CharacterSet::urlPathAllowedCharacterSet();
   allowed.removeCharactersInString("&+=");
   const std::string text = kReport;
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     benchmark::DoNotOptimize(addPercentEncoding(text, allowed));
   }
 }
@@ -58,7 +58,7 @@ BENCHMARK(escapeOurs)->Name("percent escaping/ours");
 void escapeCurl(benchmark::State& state) {
   CURL* const handle = curl_easy_init();
   const std::string text = kReport;
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     char* const escaped = curl_easy_escape(handle, text.data(), static_cast<int>(text.size()));
     benchmark::DoNotOptimize(escaped);
     curl_free(escaped);
@@ -70,14 +70,14 @@ BENCHMARK(escapeCurl)->Name("percent escaping/libcurl");
 void parseOurs(benchmark::State& state) {
   const ZQN5VendrilAppDelegate delegate;
   const Url link = Url::parse(kLink).value();
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     benchmark::DoNotOptimize(delegate.parse(link));
   }
 }
 BENCHMARK(parseOurs)->Name("parse:/ours");
 
 void parseCurl(benchmark::State& state) {
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     benchmark::DoNotOptimize(plainParse(kLink));
   }
 }
@@ -85,7 +85,7 @@ BENCHMARK(parseCurl)->Name("parse:/libcurl");
 
 void loadOurs(benchmark::State& state) {
   ZQN5PublishedConfiguration configuration(nullptr);
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     benchmark::DoNotOptimize(configuration.loadFromFile());
   }
 }
@@ -93,7 +93,7 @@ BENCHMARK(loadOurs)->Name("configuration load/ours");
 
 void loadPlain(benchmark::State& state) {
   const std::string path = configurationFile();
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     benchmark::DoNotOptimize(plainLoad(path));
   }
 }
@@ -101,7 +101,7 @@ BENCHMARK(loadPlain)->Name("configuration load/libplist");
 
 void reportOurs(benchmark::State& state) {
   ZQN5PublishedConfiguration configuration(nullptr);
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     benchmark::DoNotOptimize(configuration.getClientInfoJSONWithSkipSearch(false));
   }
 }
@@ -109,7 +109,7 @@ BENCHMARK(reportOurs)->Name("report/ours");
 
 void reportPlain(benchmark::State& state) {
   const std::string path = configurationFile();
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     benchmark::DoNotOptimize(plainReport(path));
   }
 }
@@ -117,7 +117,7 @@ BENCHMARK(reportPlain)->Name("report/libplist and Jansson");
 
 void logOurs(benchmark::State& state) {
   ZQN5SimpleLogger logger;
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     logger.log("[%@] Sending POST request %@ to: %@%s", kClassName, kIdentifier, kLink, "");
   }
 }
@@ -126,7 +126,7 @@ BENCHMARK(logOurs)->Name("log line/ours");
 void logSpdlog(benchmark::State& state) {
   const auto logger = spdlog::basic_logger_mt("bench", "/dev/null");
   logger->flush_on(spdlog::level::trace);
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     logger->info("[{}] Sending POST request {} to: {}{}", kClassName, kIdentifier, kLink, "");
   }
   spdlog::drop("bench");
@@ -134,7 +134,7 @@ void logSpdlog(benchmark::State& state) {
 BENCHMARK(logSpdlog)->Name("log line/spdlog");
 
 void formatOurs(benchmark::State& state) {
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     benchmark::DoNotOptimize(formatMessage("[%@] Request %@ failed with HTTP status code: %ld%s",
                                            kClassName, kIdentifier, 404L, ""));
   }
@@ -142,7 +142,7 @@ void formatOurs(benchmark::State& state) {
 BENCHMARK(formatOurs)->Name("message format/ours");
 
 void formatPrintf(benchmark::State& state) {
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto _ : state) {
     char* const text = g_strdup_printf("[%s] Request %s failed with HTTP status code: %ld%s",
                                        kClassName, kIdentifier, 404L, "");
     benchmark::DoNotOptimize(std::string(text));

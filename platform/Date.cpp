@@ -38,22 +38,16 @@ struct Field {
   void (*append)(std::string& out, const BrokenDownDate& date);
 };
 
-/// Appends a number in as many digits, or in more when it needs them. Each log line has seven of
+/// Appends a number in as many digits; no field of a date needs more. Each log line has seven of
 /// them, and a format whose width is an argument costs ten times as much.
 template <std::size_t Digits>
 void appendNumber(std::string& out, int value) {
-  std::array<char, Digits> text;
-  int rest = value;
+  std::array<char, Digits> text{};
   for (auto digit = text.rbegin(); digit != text.rend(); ++digit) {
-    *digit = static_cast<char>('0' + rest % 10);
-    rest /= 10;
+    *digit = static_cast<char>('0' + value % 10);
+    value /= 10;
   }
-  if (value >= 0 && rest == 0) {
-    out.append(text.data(), text.size());
-  } else {
-    const fmt::format_int whole(value);
-    out.append(whole.data(), whole.size());
-  }
+  out.append(text.data(), text.size());
 }
 
 constexpr std::array<Field, 7> kFields{{

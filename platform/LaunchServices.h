@@ -29,10 +29,8 @@ class LaunchServices {
   virtual std::optional<std::string> copyDefaultHandlerForURLScheme(std::string_view scheme) = 0;
 
   /// While the result lives, the default handlers of `schemes` may all be taken from one look at
-  /// the registry. For questions that belong together; null when each of them looks for itself.
-  virtual std::shared_ptr<void> shareOneLook(const std::set<std::string>& /*schemes*/) {
-    return nullptr;
-  }
+  /// the registry. For questions that belong together.
+  virtual std::shared_ptr<void> shareOneLook(const std::set<std::string>& schemes) = 0;
 
   /// Every application that can handle `scheme`; nothing when the registry cannot tell.
   virtual std::optional<std::vector<std::string>> copyAllHandlersForURLScheme(

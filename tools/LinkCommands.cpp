@@ -126,7 +126,7 @@ void addRequest(const UrlRequest& request, const Reading& reading, Answer& answe
   fields.add("request", request.httpMethod + " " + *reading.parameters.portalUri);
   for (const auto& [name, value] : request.headerFields) {
     headers.emplace(name, value);
-    fields.add("header", name + ": " + value);
+    fields.add("header", fmt::format("{}: {}", name, value));
   }
   fields.add("body", request.httpBody.value_or(""));
   answer.json.emplace_back("request",

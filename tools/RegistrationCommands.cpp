@@ -1,4 +1,4 @@
-#include <fmt/format.h>
+#include <algorithm>
 
 #include "launcher/ZQN5Launcher.h"
 #include "platform/LaunchServices.h"

@@ -32,18 +32,17 @@ std::optional<std::string> readRegularFile(const FileDescriptor& file, std::size
   if (!file || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
     return std::nullopt;
   }
-  // The size that the file system tells saves room and calls, but decides nothing: it may change,
-  // and is 0 for files that are made up as they are read.
+  // The size that the file system tells saves room, and the read that would find the end; it is 0,
+  // or too much, for files that are made up as they are read.
   constexpr std::size_t kBlock = 4096;
-  const std::size_t told = std::min(static_cast<std::size_t>(status.st_size), limit);
+  const auto told = static_cast<std::size_t>(status.st_size);
   std::string bytes;
-  for (std::size_t room = told + 1;; room = kBlock) {
+  for (std::size_t room = std::min(told, limit) + 1;; room = kBlock) {
     const ssize_t count = appendNext(bytes, room, file);
     if (count < 0 || bytes.size() > limit) {
       return std::nullopt;
     }
-    // More was asked for than was told, and a file on a disk gives less only at its end. One that
-    // is made up as it is read tells no size.
+    // More was asked for than was told, and a file on a disk gives less only at its end.
     const bool endedAsTold = told > 0 && bytes.size() == told;
     if (count == 0 || endedAsTold) {
       return bytes;

@@ -95,7 +95,7 @@ std::vector<std::string> HandlerLookup::associations(const std::string& type, Lo
   for (const Directory& directory : directories_) {
     addAssociations(directory, type, look, found);
   }
-  return found.added;
+  return std::move(found.added);
 }
 
 void HandlerLookup::addAssociations(const Directory& directory, const std::string& type, Look& look,

@@ -1,8 +1,7 @@
 #include "tools/checks/Check.h"
 
-#include <utility>
-
 #include <algorithm>
+#include <utility>
 
 namespace vendril::tools {
 
