@@ -96,9 +96,10 @@ std::vector<std::string> elementsOf(std::string_view line) {
   return elements;
 }
 
-/// The line end of `line`; the usual one when it has none.
+/// The line end of `line`, or the one that it gets when it has none. A last line that ends in a
+/// carriage return has that in its value, and would lose it to a line feed alone.
 std::string_view lineEndOf(std::string_view line) {
-  return line.ends_with("\r\n") ? "\r\n" : "\n";
+  return line.ends_with("\r\n") || line.ends_with('\r') ? "\r\n" : "\n";
 }
 
 /// `line` with another list as its value.

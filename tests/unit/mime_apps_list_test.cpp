@@ -76,6 +76,13 @@ TEST(MimeAppsEdit, EmptyListGetsTheGroupAndTheLine) {
   EXPECT_EQ(withFirst(""), "[Default Applications]\nx-scheme-handler/vendril=v.desktop;\n");
 }
 
+TEST(MimeAppsEdit, LastLineThatEndsInACarriageReturnKeepsItsValue) {
+  const std::string text = withFirst("[Other]\na=b\r");
+  const auto list = MimeAppsList::parse(text);
+  ASSERT_TRUE(list) << text;
+  EXPECT_THAT(list->applications("Other", "a"), ElementsAre("b\r")) << text;
+}
+
 TEST(MimeAppsEdit, NewGroupComesBehindABlankLine) {
   EXPECT_EQ(withFirst("[Other]\na=b\n"),
             "[Other]\na=b\n\n[Default Applications]\nx-scheme-handler/vendril=v.desktop;\n");
