@@ -52,8 +52,10 @@ std::vector<std::string_view> foreignLines(std::string_view text) {
   std::vector<std::string_view> lines;
   while (!text.empty()) {
     const std::string_view line = text.substr(0, text.find('\n'));
+    const bool hasEnd = line.size() < text.size();
     text.remove_prefix(std::min(line.size() + 1, text.size()));
-    const std::string_view content = line.ends_with('\r') ? line.substr(0, line.size() - 1) : line;
+    const std::string_view content =
+        hasEnd && line.ends_with('\r') ? line.substr(0, line.size() - 1) : line;
     if (!trimmed(line).empty() && trimmed(line.substr(0, line.find('='))) != kType) {
       lines.push_back(content);
     }
