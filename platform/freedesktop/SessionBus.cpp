@@ -48,6 +48,10 @@ std::unique_ptr<SessionBus> SessionBus::connect(SystemLog& log, Gone gone) {
 SessionBus::SessionBus(GObjectPtr<GDBusConnection> connection, SystemLog& log, Gone gone)
     : connection_(std::move(connection)), log_(log), gone_(std::move(gone)) {
   closedHandler_ = g_signal_connect(connection_.get(), "closed", G_CALLBACK(onClosed), this);
+  // The signal may have come when there was nobody to hear it.
+  if (g_dbus_connection_is_closed(connection_.get()) != FALSE) {
+    reportGone();
+  }
 }
 
 SessionBus::~SessionBus() {
@@ -56,9 +60,14 @@ SessionBus::~SessionBus() {
 
 void SessionBus::onClosed(GDBusConnection* /*connection*/, gboolean /*remotePeerVanished*/,
                           GError* /*error*/, gpointer bus) {
-  const auto& self = *static_cast<SessionBus*>(bus);
-  self.log_.write("The session bus has gone; the next link starts the application anew");
-  self.gone_();
+  static_cast<SessionBus*>(bus)->reportGone();
+}
+
+void SessionBus::reportGone() {
+  if (!std::exchange(hasGone_, true)) {
+    log_.write("The session bus has gone; the next link starts the application anew");
+    gone_();
+  }
 }
 
 SessionBus::NameRequest SessionBus::requestName(const std::string& name,

@@ -21,7 +21,8 @@ class SessionBus {
  public:
   enum class NameRequest { granted, taken, failed };
 
-  /// Called by the main context when the bus has closed the connection.
+  /// Called once, by the main context or as soon as there is a connection, when the bus has closed
+  /// it.
   using Gone = std::function<void()>;
 
   /// Connects to the session's bus; null, and a line in `log`, when there is none or when it does
@@ -52,12 +53,15 @@ class SessionBus {
   static void onClosed(GDBusConnection* connection, gboolean remotePeerVanished, GError* error,
                        gpointer bus);
 
+  void reportGone();
+
   GVariantPtr callBus(const char* method, GVariant* parameters, std::chrono::milliseconds limit,
                       GErrorSlot& error);
 
   GObjectPtr<GDBusConnection> connection_;
   SystemLog& log_;
   Gone gone_;
+  bool hasGone_ = false;
   gulong closedHandler_;
 };
 
